@@ -1,0 +1,36 @@
+# Thin wrapper over the CMake presets.
+#   make run    release build, then the yarvbook CLI on the example workbook
+#   make test   sanitizer build (ASan + UBSan), then the whole test suite
+#   make bench  release build, then the benchmark program
+#   make fuzz   clang libFuzzer targets, each run briefly
+.PHONY: deps release debug run test bench fuzz clean
+
+deps:
+	@scripts/deps.sh
+
+release: deps
+	cmake --preset release >/dev/null
+	cmake --build --preset release
+
+debug: deps
+	cmake --preset debug >/dev/null
+	cmake --build --preset debug
+
+run: release
+	build/release/cli/yarvbook --version
+	build/release/cli/yarvbook --help
+
+test: debug
+	ctest --preset debug
+	@if [ -x scripts/fuzz_smoke.sh ]; then scripts/fuzz_smoke.sh; fi
+
+bench: release
+	@if [ -x build/release/bench/yarvbook_bench ]; then build/release/bench/yarvbook_bench; fi
+
+fuzz: deps
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz
+	@if [ -x scripts/fuzz_smoke.sh ]; then scripts/fuzz_smoke.sh; fi
+
+clean:
+	rm -rf build

@@ -1,0 +1,34 @@
+// yarvbook: the command-line host of libYarvBook.
+#include <cstdio>
+#include <cstring>
+
+#include "yarvbook.h"
+
+namespace {
+
+constexpr const char kUsage[] =
+    "usage: yarvbook COMMAND [ARGS...]\n"
+    "\n"
+    "Commands:\n"
+    "  --version          print the library version\n"
+    "  --help             print this text\n";
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    std::fputs(kUsage, stderr);
+    return 2;
+  }
+  const char* pszCommand = argv[1];
+  if (std::strcmp(pszCommand, "--version") == 0) {
+    std::printf("yarvbook %s\n", YarvBookVersion());
+    return 0;
+  }
+  if (std::strcmp(pszCommand, "--help") == 0 || std::strcmp(pszCommand, "-h") == 0) {
+    std::fputs(kUsage, stdout);
+    return 0;
+  }
+  std::fprintf(stderr, "yarvbook: unknown command '%s'\n\n%s", pszCommand, kUsage);
+  return 2;
+}

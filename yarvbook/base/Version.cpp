@@ -1,0 +1,3 @@
+#include "base/Version.h"
+
+const char* YarvBookVersion() { return YARVBOOK_VERSION_TEXT; }
