@@ -69,4 +69,78 @@ TEST_F(LocaleTest, ReadBack) {
   }
 }
 
+// The negative currency form and the placement, with the Windows numbers users of
+// these locales find in their regional settings.
+TEST_F(LocaleTest, CurrencyForms) {
+  struct {
+    const char* pszName;
+    int nPos, nNeg;
+  } const kCases[] = {{"en-US", 0, 1}, {"de-DE", 3, 8}, {"nl-NL", 2, 12}, {"pt-BR", 2, 9}};
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.pszName);
+    ASSERT_TRUE(SetLocale(c.pszName));
+    EXPECT_EQ(c.nPos, GetLocaleSettings().nCurrencyPos);
+    EXPECT_EQ(c.nNeg, GetLocaleSettings().nNegCurrency);
+  }
+}
+
+TEST_F(LocaleTest, TimeAndDateDetails) {
+  ASSERT_TRUE(SetLocale("de-DE"));
+  EXPECT_TRUE(GetLocaleSettings().bDayLeadingZero);
+  EXPECT_TRUE(GetLocaleSettings().bMonthLeadingZero);
+  EXPECT_TRUE(GetLocaleSettings().bHourLeadingZero);
+  EXPECT_EQ(u"Dezember", GetLocaleSettings().astrMonthNames[11]);
+  EXPECT_EQ(u"Samstag", GetLocaleSettings().astrDayNames[6]);
+  ASSERT_TRUE(SetLocale("en-US"));
+  const TLocaleSettings& s = GetLocaleSettings();
+  EXPECT_FALSE(s.bDayLeadingZero);
+  EXPECT_FALSE(s.bMonthLeadingZero);
+  EXPECT_FALSE(s.bHourLeadingZero);
+  EXPECT_EQ(u"PM", s.strPm);
+  EXPECT_EQ(u"Dec", s.astrMonthAbbrev[11]);
+  EXPECT_EQ(u"Sat", s.astrDayAbbrev[6]);
+  ASSERT_TRUE(SetLocale("fr-FR"));
+  EXPECT_EQ(char16_t{0x00A0}, GetLocaleSettings().cThousands);  // not CLDR's narrow space
+  EXPECT_EQ(u';', GetLocaleSettings().cList);
+  ASSERT_TRUE(SetLocale("ar-SA"));
+  EXPECT_EQ(u'.', GetLocaleSettings().cDecimal);  // Latin digits, Latin separators
+}
+
+TEST_F(LocaleTest, CodePageByLanguage) {
+  struct {
+    const char* pszName;
+    unsigned nCodePage;
+  } const kCases[] = {{"zh-CN", 936},      {"zh-TW", 950},      {"zh-HK", 950},
+                      {"zh-Hant", 950},    {"zh-SG", 936},      {"ru-RU", 1251},
+                      {"uk-UA", 1251},     {"pl-PL", 1250},     {"cs-CZ", 1250},
+                      {"el-GR", 1253},     {"tr-TR", 1254},     {"he-IL", 1255},
+                      {"ar-EG", 1256},     {"lt-LT", 1257},     {"vi-VN", 1258},
+                      {"th-TH", 874},      {"sr-Cyrl-RS", 1251}, {"sr-Latn-RS", 1250},
+                      {"fr-CA", 1252},     {"ja", 932}};
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.pszName);
+    ASSERT_TRUE(SetLocale(c.pszName));
+    EXPECT_EQ(c.nCodePage, GetLocaleSettings().nCodePage);
+  }
+}
+
+TEST_F(LocaleTest, UnknownNamesKeepTheSettings) {
+  ASSERT_TRUE(SetLocale("de-DE"));
+  const unsigned nGeneration = GetLocaleGeneration();
+  for (const char* pszName : {"xx-YY", "", "en-US-!!", "zz", "-", "root"}) {
+    SCOPED_TRACE(pszName);
+    EXPECT_FALSE(SetLocale(pszName));
+  }
+  EXPECT_FALSE(SetLocale(nullptr));
+  EXPECT_EQ(nGeneration, GetLocaleGeneration());
+  EXPECT_EQ("de-DE", GetLocaleSettings().strName);
+  EXPECT_EQ(u',', GetLocaleSettings().cDecimal);
+  // ICU's own spelling is accepted too, and every success is a new generation.
+  ASSERT_TRUE(SetLocale("ko_KR"));
+  EXPECT_EQ(nGeneration + 1, GetLocaleGeneration());
+  EXPECT_EQ(0x0412, GetLocaleSettings().nLcid);
+  ASSERT_TRUE(SetLocale("ko_KR"));
+  EXPECT_EQ(nGeneration + 2, GetLocaleGeneration());
+}
+
 }  // namespace

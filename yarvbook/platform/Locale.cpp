@@ -52,7 +52,11 @@ std::u16string PatternLiteral(const std::u16string& strPattern, std::size_t& i) 
 }
 
 std::u16string Trim(const std::u16string& str) {
-  auto IsBlank = [](char16_t c) { return c == u' ' || c == 0x00A0 || c == 0x202F || c == 0x2009; };
+  // Spaces and the direction marks that right-to-left patterns put around literals.
+  auto IsBlank = [](char16_t c) {
+    return c == u' ' || c == 0x00A0 || c == 0x202F || c == 0x2009 || c == 0x200E ||
+           c == 0x200F || c == 0x061C;
+  };
   std::size_t nFirst = 0, nLast = str.size();
   while (nFirst < nLast && IsBlank(str[nFirst])) ++nFirst;
   while (nLast > nFirst && IsBlank(str[nLast - 1])) --nLast;
@@ -296,8 +300,15 @@ char16_t SeparatorChar(const icu::UnicodeString& str, char16_t cDefault) {
 }
 
 bool BuildSettings(const char* pszName, const icu::Locale& locale, TLocaleSettings& s) {
+  // Spreadsheets write numbers with ASCII digits in every locale, so separators and
+  // currency patterns are those of the Latin numbering system (Arabic locales would
+  // otherwise give U+066B as the decimal separator).
   UErrorCode status = U_ZERO_ERROR;
-  icu::DecimalFormatSymbols symbols(locale, status);
+  icu::Locale latin(locale);
+  latin.setKeywordValue("numbers", "latn", status);
+  if (U_FAILURE(status)) latin = locale;
+  status = U_ZERO_ERROR;
+  icu::DecimalFormatSymbols symbols(latin, status);
   if (U_FAILURE(status)) return false;
   s.strName = pszName;
   s.strIcuName = locale.getName();
@@ -316,7 +327,7 @@ bool BuildSettings(const char* pszName, const icu::Locale& locale, TLocaleSettin
   s.strPm = u"PM";
   ReadDateSettings(locale, s);
   ReadNames(locale, s);
-  ReadCurrency(locale, s);
+  ReadCurrency(latin, s);
   return true;
 }
 
