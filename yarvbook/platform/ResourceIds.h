@@ -230,3 +230,16 @@ constexpr unsigned IDS_FN_SUBTOTALA = kIdsFunctionBase + 368;
 constexpr unsigned IDS_FN_SUMGENERAL = kIdsFunctionBase + 369;
 // The one built-in external function.
 constexpr unsigned IDS_FN_CONVERTK = 13400;
+
+// The ranges must stay apart: a host table keyed by these numbers has one text each.
+static_assert(IDS_LOCAL_BUILTIN_FORMAT_BASE + IDS_LOCAL_BUILTIN_FORMAT_COUNT <= IDS_OP_RANGE);
+static_assert(IDS_CRIT_NOT_CONTAINS < IDS_NEW_SHEET_NAME && IDS_NEW_SHEET_NAME < IDS_MONTH_NAME_BASE);
+static_assert(IDS_MONTH_NAME_BASE + 12 <= IDS_MONTH_ABBREV_BASE);
+static_assert(IDS_MONTH_ABBREV_BASE + 12 <= IDS_DAY_NAME_BASE);
+static_assert(IDS_DAY_NAME_BASE + 7 <= IDS_DAY_ABBREV_BASE);
+static_assert(IDS_DAY_ABBREV_BASE + 7 <= IDS_AM && IDS_PM < IDS_FMT_GENERAL);
+static_assert(IDS_FMT_COLOR_BASE + IDS_FMT_COLOR_COUNT <= IDS_FMT_DATE_CODE_BASE);
+static_assert(IDS_FMT_DATE_CODE_BASE + IDS_FMT_DATE_CODE_COUNT <= IDS_FMT_TIME_CODE_BASE);
+static_assert(IDS_FMT_TIME_CODE_BASE + IDS_FMT_TIME_CODE_COUNT <= IDS_FMT_OPERATOR_BASE);
+static_assert(IDS_FMT_OPERATOR_BASE + IDS_FMT_OPERATOR_COUNT <= kIdsFunctionBase);
+static_assert(IdsForFunction(370) < IDS_FN_CONVERTK);
