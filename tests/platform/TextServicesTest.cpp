@@ -126,6 +126,9 @@ constexpr TCompareCase kCompares[] = {
     {u"A", u"\uFF21", -1},   // width matters
     {u"e", u"\u00E9", -1},   // accents matter
     {u"10", u"9", -1},       // text, not numbers
+    {u"\u00DF", u"SS", 1},   // simple folding: sharp s is not "ss"
+    {u"\u00DF", u"\u1E9E", 0},  // but equals its capital
+    {u"\u03A3", u"\u03C2", 0},  // final sigma folds with capital sigma
 };
 
 TEST(TextServices, CompareStringNoCase) {

@@ -6,7 +6,7 @@
 #include <unicode/coll.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
-#include <unicode/ustring.h>
+#include <unicode/utf16.h>
 
 #include <iterator>
 #include <memory>
@@ -117,6 +117,18 @@ icu::Collator* GetCollator() {
 
 int Sign(int n) { return (n > 0) - (n < 0); }
 
+// Simple case folding, code point by code point; unpaired surrogates stay.
+icu::UnicodeString FoldCase(const char16_t* p, int n) {
+  icu::UnicodeString strFolded;
+  int i = 0;
+  while (i < n) {
+    UChar32 c;
+    U16_NEXT(p, i, n, c);
+    strFolded.append(u_foldCase(c, U_FOLD_CASE_DEFAULT));
+  }
+  return strFolded;
+}
+
 }  // namespace
 
 char16_t ToUpperChar(char16_t c) {
@@ -219,14 +231,13 @@ int CompareStringNoCase(const char16_t* pA, const char16_t* pB) {
 // collation alone would also call texts equal that differ only by ignorable
 // characters, and a spreadsheet's "=" must not. Ordering on the folded text alone
 // keeps the order consistent for sorting (no two case variants order differently
-// against a third text).
+// against a third text). Folding is the simple one-to-one kind, like ToUpperChar,
+// so "ß" stays apart from "ss".
 int CompareStringNoCase(const char16_t* pA, int nA, const char16_t* pB, int nB) {
   if (pA == nullptr || nA < 0) nA = 0;
   if (pB == nullptr || nB < 0) nB = 0;
-  icu::UnicodeString strA(false, pA == nullptr ? u"" : pA, nA);
-  icu::UnicodeString strB(false, pB == nullptr ? u"" : pB, nB);
-  strA.foldCase();
-  strB.foldCase();
+  const icu::UnicodeString strA = FoldCase(pA, nA);
+  const icu::UnicodeString strB = FoldCase(pB, nB);
   if (strA == strB) return 0;
   if (icu::Collator* pCollator = GetCollator()) {
     UErrorCode status = U_ZERO_ERROR;
