@@ -1,7 +1,7 @@
 // The clock override pins both the date and the tick count, and lets go again.
-#include "platform/Clock.h"
-
 #include <gtest/gtest.h>
+
+#include "platform/Clock.h"
 
 namespace {
 

@@ -1,11 +1,10 @@
 // Lead bytes, byte counting and conversions under the double-byte code pages, with
 // the Win32 size-query and failure rules.
-#include "platform/CodePage.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "platform/CodePage.h"
 #include "platform/Locale.h"
 
 namespace {
@@ -18,12 +17,12 @@ struct TLeadCase {
 
 // Boundaries of the lead-byte ranges, one step each side.
 constexpr TLeadCase kLeadBytes[] = {
-    {932, 0x80, false}, {932, 0x81, true},  {932, 0x9F, true},  {932, 0xA0, false},
+    {932, 0x80, false},   {932, 0x81, true},  {932, 0x9F, true},  {932, 0xA0, false},
     {932, 0xA1, false},  // half-width katakana are single bytes
-    {932, 0xDF, false}, {932, 0xE0, true},  {932, 0xFC, true},  {932, 0xFD, false},
-    {949, 0x80, false}, {949, 0x81, true},  {949, 0xFE, true},  {949, 0xFF, false},
-    {936, 0x81, true},  {950, 0x81, true},  {950, 0x80, false}, {1252, 0x81, false},
-    {1252, 0xE0, false}, {949, 0x41, false}, {932, 0x41, false}, {CP_UTF8, 0xE3, false},
+    {932, 0xDF, false},   {932, 0xE0, true},  {932, 0xFC, true},  {932, 0xFD, false},
+    {949, 0x80, false},   {949, 0x81, true},  {949, 0xFE, true},  {949, 0xFF, false},
+    {936, 0x81, true},    {950, 0x81, true},  {950, 0x80, false}, {1252, 0x81, false},
+    {1252, 0xE0, false},  {949, 0x41, false}, {932, 0x41, false}, {CP_UTF8, 0xE3, false},
     {12345, 0x81, false},
 };
 
@@ -60,7 +59,9 @@ struct TConvertCase {
 // Hand-checked against the code charts: "가" is B0 A1 in 949, "あ" 82 A0 in 932,
 // "ｱ" (half-width) the single byte B1, "中" D6 D0 in 936 and A4 A4 in 950.
 constexpr TConvertCase kConversions[] = {
-    {949, u"A\uAC00b", "A\xB0\xA1" "b"},
+    {949, u"A\uAC00b",
+     "A\xB0\xA1"
+     "b"},
     {932, u"\u3042\uFF71x", "\x82\xA0\xB1x"},
     {936, u"\u4E2D", "\xD6\xD0"},
     {950, u"\u4E2D", "\xA4\xA4"},
@@ -88,25 +89,34 @@ TEST(CodePage, RoundTripsAndByteCounts) {
     EXPECT_EQ(strText, strBack);
     // One unit or byte too few fails (a destination size of 0 would be a size query).
     if (nBytes > 1) {
-      EXPECT_EQ(0, WideCharToMultiByte(c.nCodePage, strText.data(), nUnits, strOut.data(),
-                                       nBytes - 1));
+      EXPECT_EQ(
+          0, WideCharToMultiByte(c.nCodePage, strText.data(), nUnits, strOut.data(), nBytes - 1));
     }
     if (nUnits > 1) {
-      EXPECT_EQ(0, MultiByteToWideChar(c.nCodePage, strBytes.data(), nBytes, strBack.data(),
-                                       nUnits - 1));
+      EXPECT_EQ(
+          0, MultiByteToWideChar(c.nCodePage, strBytes.data(), nBytes, strBack.data(), nUnits - 1));
     }
   }
 }
 
 TEST(CodePage, TerminatorIsCountedWithMinusOne) {
-  EXPECT_EQ(4, MultiByteToWideChar(949, "A\xB0\xA1" "b", -1, nullptr, 0));
+  EXPECT_EQ(4, MultiByteToWideChar(949,
+                                   "A\xB0\xA1"
+                                   "b",
+                                   -1, nullptr, 0));
   char16_t buf[4];
-  ASSERT_EQ(4, MultiByteToWideChar(949, "A\xB0\xA1" "b", -1, buf, 4));
+  ASSERT_EQ(4, MultiByteToWideChar(949,
+                                   "A\xB0\xA1"
+                                   "b",
+                                   -1, buf, 4));
   EXPECT_EQ(std::u16string(u"A\uAC00b"), buf);
   EXPECT_EQ(5, WideCharToMultiByte(949, u"A\uAC00b", -1, nullptr, 0));
   char bytes[5];
   ASSERT_EQ(5, WideCharToMultiByte(949, u"A\uAC00b", -1, bytes, 5));
-  EXPECT_STREQ("A\xB0\xA1" "b", bytes);
+  EXPECT_STREQ(
+      "A\xB0\xA1"
+      "b",
+      bytes);
   EXPECT_EQ(1, MultiByteToWideChar(1252, "", -1, nullptr, 0));
 }
 
@@ -131,8 +141,8 @@ TEST(CodePage, BadInputFailsOrSubstitutes) {
 TEST(CodePage, CharSets) {
   struct {
     unsigned nCharSet, nCodePage;
-  } const kPairs[] = {{ANSI_CHARSET, 1252},     {SHIFTJIS_CHARSET, 932},
-                      {HANGUL_CHARSET, 949},    {GB2312_CHARSET, 936},
+  } const kPairs[] = {{ANSI_CHARSET, 1252},       {SHIFTJIS_CHARSET, 932},
+                      {HANGUL_CHARSET, 949},      {GB2312_CHARSET, 936},
                       {CHINESEBIG5_CHARSET, 950}, {RUSSIAN_CHARSET, 1251},
                       {EASTEUROPE_CHARSET, 1250}, {THAI_CHARSET, 874}};
   for (const auto& pair : kPairs) {

@@ -1,9 +1,9 @@
 // Movable blocks: contents survive a resize, locks nest, the failure hook bites.
-#include "platform/GlobalMemory.h"
-
 #include <gtest/gtest.h>
 
 #include <cstring>
+
+#include "platform/GlobalMemory.h"
 
 namespace {
 

@@ -1,12 +1,11 @@
 // Locale settings read back for the locales users run most, compared with what
 // those users see in their spreadsheets and system settings.
-#include "platform/Locale.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "platform/CodePage.h"
+#include "platform/Locale.h"
 
 namespace {
 
@@ -110,13 +109,11 @@ TEST_F(LocaleTest, CodePageByLanguage) {
   struct {
     const char* pszName;
     unsigned nCodePage;
-  } const kCases[] = {{"zh-CN", 936},      {"zh-TW", 950},      {"zh-HK", 950},
-                      {"zh-Hant", 950},    {"zh-SG", 936},      {"ru-RU", 1251},
-                      {"uk-UA", 1251},     {"pl-PL", 1250},     {"cs-CZ", 1250},
-                      {"el-GR", 1253},     {"tr-TR", 1254},     {"he-IL", 1255},
-                      {"ar-EG", 1256},     {"lt-LT", 1257},     {"vi-VN", 1258},
-                      {"th-TH", 874},      {"sr-Cyrl-RS", 1251}, {"sr-Latn-RS", 1250},
-                      {"fr-CA", 1252},     {"ja", 932}};
+  } const kCases[] = {{"zh-CN", 936},       {"zh-TW", 950},       {"zh-HK", 950},  {"zh-Hant", 950},
+                      {"zh-SG", 936},       {"ru-RU", 1251},      {"uk-UA", 1251}, {"pl-PL", 1250},
+                      {"cs-CZ", 1250},      {"el-GR", 1253},      {"tr-TR", 1254}, {"he-IL", 1255},
+                      {"ar-EG", 1256},      {"lt-LT", 1257},      {"vi-VN", 1258}, {"th-TH", 874},
+                      {"sr-Cyrl-RS", 1251}, {"sr-Latn-RS", 1250}, {"fr-CA", 1252}, {"ja", 932}};
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.pszName);
     ASSERT_TRUE(SetLocale(c.pszName));

@@ -1,12 +1,11 @@
 // The English table answers by identifier; a host table comes first, is copied, and
 // goes away again.
-#include "platform/Resources.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "platform/ResourceIds.h"
+#include "platform/Resources.h"
 
 namespace {
 
@@ -22,14 +21,25 @@ struct TResourceCase {
 
 // Texts that other parts of the engine parse: they must be exactly these.
 constexpr TResourceCase kEnglish[] = {
-    {IDS_OP_RANGE, u":"},         {IDS_OP_INTERSECTION, u" "},  {IDS_OP_NE, u"<>"},
-    {IDS_OP_LE, u"<="},           {IDS_OP_CONCAT, u"&"},        {IDS_OP_POWER, u"^"},
-    {IDS_OP_ADD, u"+"},           {IDS_CRIT_BEGINS_WITH, u"begins with"},
-    {IDS_CRIT_NOT_CONTAINS, u"does not contain"},               {IDS_NEW_SHEET_NAME, u"Sheet%d"},
-    {IDS_FN_SUM, u"SUM"},         {IDS_FN_ERROR_TYPE, u"ERROR.TYPE"},
-    {IdsForFunction(4), u"SUM"},  {IDS_FN_SUMGENERAL, u"SUMGENERAL"},
-    {IDS_FN_CONVERTK, u"CONVERTK"}, {IDS_MONTH_NAME_BASE + 11, u"December"},
-    {IDS_DAY_ABBREV_BASE, u"Sun"}, {IDS_PM, u"PM"},             {IDS_FMT_GENERAL, u"General"},
+    {IDS_OP_RANGE, u":"},
+    {IDS_OP_INTERSECTION, u" "},
+    {IDS_OP_NE, u"<>"},
+    {IDS_OP_LE, u"<="},
+    {IDS_OP_CONCAT, u"&"},
+    {IDS_OP_POWER, u"^"},
+    {IDS_OP_ADD, u"+"},
+    {IDS_CRIT_BEGINS_WITH, u"begins with"},
+    {IDS_CRIT_NOT_CONTAINS, u"does not contain"},
+    {IDS_NEW_SHEET_NAME, u"Sheet%d"},
+    {IDS_FN_SUM, u"SUM"},
+    {IDS_FN_ERROR_TYPE, u"ERROR.TYPE"},
+    {IdsForFunction(4), u"SUM"},
+    {IDS_FN_SUMGENERAL, u"SUMGENERAL"},
+    {IDS_FN_CONVERTK, u"CONVERTK"},
+    {IDS_MONTH_NAME_BASE + 11, u"December"},
+    {IDS_DAY_ABBREV_BASE, u"Sun"},
+    {IDS_PM, u"PM"},
+    {IDS_FMT_GENERAL, u"General"},
     {IDS_FMT_COLOR_BASE + 8, u"Color"},
 };
 

@@ -1,11 +1,10 @@
 // Width folding, kana mapping, case and the case-insensitive comparison.
-#include "platform/TextServices.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "platform/Locale.h"
+#include "platform/TextServices.h"
 
 namespace {
 
@@ -22,10 +21,9 @@ TEST(TextServices, WidthFoldingOfSingleUnits) {
   // Both ends of the full-width ASCII block and one step outside it.
   struct {
     char16_t cFull, cHalf;
-  } const kPairs[] = {{0xFF01, u'!'},     {0xFF21, u'A'},     {0xFF5E, u'~'},
-                      {0x3000, u' '},     {0x30A2, 0xFF71},   {0x30F2, 0xFF66},
-                      {0x30F3, 0xFF9D},   {0x3002, 0xFF61},   {0x309B, 0xFF9E},
-                      {0x309C, 0xFF9F},   {0x30FC, 0xFF70},   {0xFFE5, 0x00A5}};
+  } const kPairs[] = {{0xFF01, u'!'},   {0xFF21, u'A'},   {0xFF5E, u'~'},   {0x3000, u' '},
+                      {0x30A2, 0xFF71}, {0x30F2, 0xFF66}, {0x30F3, 0xFF9D}, {0x3002, 0xFF61},
+                      {0x309B, 0xFF9E}, {0x309C, 0xFF9F}, {0x30FC, 0xFF70}, {0xFFE5, 0x00A5}};
   for (const auto& pair : kPairs) {
     SCOPED_TRACE(static_cast<int>(pair.cFull));
     EXPECT_EQ(pair.cHalf, FullToHalfWidthChar(pair.cFull));
@@ -36,7 +34,8 @@ TEST(TextServices, WidthFoldingOfSingleUnits) {
   for (char16_t c : {char16_t{0x7F}, char16_t{0x1F}, char16_t{0xFFA0}})
     EXPECT_EQ(c, HalfToFullWidthChar(c));
   // Every full-width ASCII unit comes back to itself.
-  for (char16_t c = 0xFF01; c <= 0xFF5E; ++c) EXPECT_EQ(c, HalfToFullWidthChar(FullToHalfWidthChar(c)));
+  for (char16_t c = 0xFF01; c <= 0xFF5E; ++c)
+    EXPECT_EQ(c, HalfToFullWidthChar(FullToHalfWidthChar(c)));
 }
 
 struct TMapCase {
@@ -78,7 +77,7 @@ TEST(TextServices, MapStringSizesAndTerminator) {
   EXPECT_EQ(3, MapString(LCMAP_UPPERCASE, u"ab", -1, nullptr, 0));  // with terminator
   ASSERT_EQ(3, MapString(LCMAP_UPPERCASE, u"ab", -1, buf, 3));
   EXPECT_EQ(std::u16string(u"AB"), buf);
-  EXPECT_EQ(0, MapString(LCMAP_UPPERCASE, u"ab", -1, buf, 2));  // one too few
+  EXPECT_EQ(0, MapString(LCMAP_UPPERCASE, u"ab", -1, buf, 2));     // one too few
   EXPECT_EQ(0, MapString(LCMAP_HALFWIDTH, u"\u30AC", 1, buf, 1));  // the split needs two
   EXPECT_EQ(0, MapString(LCMAP_UPPERCASE, u"ab", 0, buf, 8));
   EXPECT_EQ(0, MapString(LCMAP_UPPERCASE, nullptr, 2, buf, 8));
@@ -87,7 +86,7 @@ TEST(TextServices, MapStringSizesAndTerminator) {
 TEST(TextServices, CaseAndClasses) {
   EXPECT_EQ(u'A', ToUpperChar(u'a'));
   EXPECT_EQ(u'\u00C9', ToUpperChar(u'\u00E9'));
-  EXPECT_EQ(u'\u00DF', ToUpperChar(u'\u00DF'));  // no one-unit upper case
+  EXPECT_EQ(u'\u00DF', ToUpperChar(u'\u00DF'));                // no one-unit upper case
   EXPECT_EQ(char16_t{0xD801}, ToUpperChar(char16_t{0xD801}));  // surrogates stay
   EXPECT_EQ(u'\u0434', ToLowerChar(u'\u0414'));
   EXPECT_TRUE(IsLetterChar(u'\uAC00'));
@@ -115,18 +114,15 @@ struct TCompareCase {
 };
 
 constexpr TCompareCase kCompares[] = {
-    {u"abc", u"ABC", 0},
-    {u"\u00E9t\u00E9", u"\u00C9T\u00C9", 0},
-    {u"a", u"B", -1},        // case-insensitive: not code-unit order
-    {u"B", u"a", 1},
-    {u"", u"", 0},
-    {u"", u"a", -1},
-    {u"ab", u"abc", -1},
-    {u"a\u0001", u"a", 1},   // collation ignores the control; equality must not
-    {u"A", u"\uFF21", -1},   // width matters
-    {u"e", u"\u00E9", -1},   // accents matter
-    {u"10", u"9", -1},       // text, not numbers
-    {u"\u00DF", u"SS", 1},   // simple folding: sharp s is not "ss"
+    {u"abc", u"ABC", 0},       {u"\u00E9t\u00E9", u"\u00C9T\u00C9", 0},
+    {u"a", u"B", -1},  // case-insensitive: not code-unit order
+    {u"B", u"a", 1},           {u"", u"", 0},
+    {u"", u"a", -1},           {u"ab", u"abc", -1},
+    {u"a\u0001", u"a", 1},      // collation ignores the control; equality must not
+    {u"A", u"\uFF21", -1},      // width matters
+    {u"e", u"\u00E9", -1},      // accents matter
+    {u"10", u"9", -1},          // text, not numbers
+    {u"\u00DF", u"SS", 1},      // simple folding: sharp s is not "ss"
     {u"\u00DF", u"\u1E9E", 0},  // but equals its capital
     {u"\u03A3", u"\u03C2", 0},  // final sigma folds with capital sigma
 };
@@ -144,8 +140,8 @@ TEST(TextServices, CompareStringNoCase) {
 // Every pair from a small alphabet orders consistently: antisymmetric, and
 // transitive over every triple, as a sort needs.
 TEST(TextServices, CompareStringNoCaseIsAnOrder) {
-  const std::u16string kTexts[] = {u"a",  u"A",     u"\uFF41", u"\uFF21", u"\u00E1", u"b",
-                                   u"ab", u"a\u0001", u"-a",   u"a-",    u"",        u"\u00C1"};
+  const std::u16string kTexts[] = {u"a",  u"A",       u"\uFF41", u"\uFF21", u"\u00E1", u"b",
+                                   u"ab", u"a\u0001", u"-a",     u"a-",     u"",       u"\u00C1"};
   for (const char* pszLocale : {"en-US", "de-DE", "ko-KR"}) {
     SCOPED_TRACE(pszLocale);
     ASSERT_TRUE(SetLocale(pszLocale));

@@ -30,8 +30,7 @@ void GetLocalTime(SYSTEMTIME* pTime) {
   const auto now = std::chrono::system_clock::now();
   const std::time_t nSeconds = std::chrono::system_clock::to_time_t(now);
   const auto nMs =
-      std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() %
-      1000;
+      std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
   std::tm tmLocal{};
   localtime_r(&nSeconds, &tmLocal);
   pTime->wYear = static_cast<unsigned short>(tmLocal.tm_year + 1900);

@@ -22,7 +22,7 @@ struct TCodePageInfo {
 };
 
 constexpr TCodePageInfo kCodePages[] = {
-    {874, "windows-874-2000", 222},         // THAI_CHARSET
+    {874, "windows-874-2000", 222},  // THAI_CHARSET
     {932, "ibm-943_P15A-2003", SHIFTJIS_CHARSET},
     {936, "windows-936-2000", GB2312_CHARSET},
     {949, "windows-949-2000", HANGUL_CHARSET},
@@ -103,8 +103,7 @@ bool IsDBCSCodePage(unsigned nCodePage) {
   return pConverter != nullptr && pConverter->bDoubleByte;
 }
 
-int MultiByteToWideChar(unsigned nCodePage, const char* pSrc, int nSrc, char16_t* pDst,
-                        int nDst) {
+int MultiByteToWideChar(unsigned nCodePage, const char* pSrc, int nSrc, char16_t* pDst, int nDst) {
   if (pSrc == nullptr || nSrc == 0 || nSrc < -1 || nDst < 0 || (nDst > 0 && pDst == nullptr))
     return 0;
   TConverter* pConverter = GetConverter(nCodePage);
@@ -127,8 +126,7 @@ int MultiByteToWideChar(unsigned nCodePage, const char* pSrc, int nSrc, char16_t
   return nUnits;
 }
 
-int WideCharToMultiByte(unsigned nCodePage, const char16_t* pSrc, int nSrc, char* pDst,
-                        int nDst) {
+int WideCharToMultiByte(unsigned nCodePage, const char16_t* pSrc, int nSrc, char* pDst, int nDst) {
   if (pSrc == nullptr || nSrc == 0 || nSrc < -1 || nDst < 0 || (nDst > 0 && pDst == nullptr))
     return 0;
   TConverter* pConverter = GetConverter(nCodePage);

@@ -6,7 +6,7 @@
 #include <cstring>
 
 struct TGlobalBlock {
-  void* pData;         // owned; null for a block of size 0
+  void* pData;  // owned; null for a block of size 0
   std::size_t nBytes;
   unsigned nLocks;
 };

@@ -54,8 +54,8 @@ std::u16string PatternLiteral(const std::u16string& strPattern, std::size_t& i) 
 std::u16string Trim(const std::u16string& str) {
   // Spaces and the direction marks that right-to-left patterns put around literals.
   auto IsBlank = [](char16_t c) {
-    return c == u' ' || c == 0x00A0 || c == 0x202F || c == 0x2009 || c == 0x200E ||
-           c == 0x200F || c == 0x061C;
+    return c == u' ' || c == 0x00A0 || c == 0x202F || c == 0x2009 || c == 0x200E || c == 0x200F ||
+           c == 0x061C;
   };
   std::size_t nFirst = 0, nLast = str.size();
   while (nFirst < nLast && IsBlank(str[nFirst])) ++nFirst;
@@ -180,15 +180,14 @@ void ReadNames(const icu::Locale& locale, TLocaleSettings& s) {
     s.strAm = ToU16(pNames[0]);
     s.strPm = ToU16(pNames[1]);
   }
-  pNames = symbols.getMonths(nCount, icu::DateFormatSymbols::FORMAT,
-                             icu::DateFormatSymbols::WIDE);
+  pNames = symbols.getMonths(nCount, icu::DateFormatSymbols::FORMAT, icu::DateFormatSymbols::WIDE);
   for (int i = 0; i < 12 && i < nCount; ++i) s.astrMonthNames[i] = ToU16(pNames[i]);
   pNames = symbols.getMonths(nCount, icu::DateFormatSymbols::FORMAT,
                              icu::DateFormatSymbols::ABBREVIATED);
   for (int i = 0; i < 12 && i < nCount; ++i) s.astrMonthAbbrev[i] = ToU16(pNames[i]);
   // ICU numbers weekdays from 1 = Sunday; slot 0 is empty.
-  pNames = symbols.getWeekdays(nCount, icu::DateFormatSymbols::FORMAT,
-                               icu::DateFormatSymbols::WIDE);
+  pNames =
+      symbols.getWeekdays(nCount, icu::DateFormatSymbols::FORMAT, icu::DateFormatSymbols::WIDE);
   for (int i = 0; i < 7 && i + 1 < nCount; ++i) s.astrDayNames[i] = ToU16(pNames[i + 1]);
   pNames = symbols.getWeekdays(nCount, icu::DateFormatSymbols::FORMAT,
                                icu::DateFormatSymbols::ABBREVIATED);
@@ -198,8 +197,8 @@ void ReadNames(const icu::Locale& locale, TLocaleSettings& s) {
 // The Windows negative currency forms, written with '$' for the symbol, 'n' for the
 // number and ' ' for any space; the index is the Windows number.
 constexpr std::u16string_view kNegCurrencyForms[] = {
-    u"($n)", u"-$n",  u"$-n",  u"$n-",  u"(n$)",  u"-n$",  u"n-$",   u"n$-",
-    u"-n $", u"-$ n", u"n $-", u"$ n-", u"$ -n",  u"n- $", u"($ n)", u"(n $)"};
+    u"($n)", u"-$n",  u"$-n",  u"$n-",  u"(n$)", u"-n$",  u"n-$",   u"n$-",
+    u"-n $", u"-$ n", u"n $-", u"$ n-", u"$ -n", u"n- $", u"($ n)", u"(n $)"};
 
 // Reduces one ICU number subpattern to the shape letters above.
 std::u16string CurrencyShape(std::u16string_view pattern, bool bNegative) {
@@ -234,9 +233,9 @@ void ReadCurrency(const icu::Locale& locale, TLocaleSettings& s) {
   const std::u16string strPattern = ToU16(strIcuPattern);
   const std::size_t nSemicolon = strPattern.find(u';');
   const std::u16string_view positive = std::u16string_view(strPattern).substr(0, nSemicolon);
-  const std::u16string_view negative =
-      nSemicolon == std::u16string::npos ? positive
-                                         : std::u16string_view(strPattern).substr(nSemicolon + 1);
+  const std::u16string_view negative = nSemicolon == std::u16string::npos
+                                           ? positive
+                                           : std::u16string_view(strPattern).substr(nSemicolon + 1);
   const std::u16string strPositive = CurrencyShape(positive, false);
   if (strPositive == u"n$")
     s.nCurrencyPos = 1;
@@ -260,12 +259,12 @@ struct TCodePageRule {
 
 // ANSI code pages by language; languages not listed use 1252.
 constexpr TCodePageRule kCodePages[] = {
-    {"ja", 932},   {"ko", 949},   {"th", 874},   {"vi", 1258},  {"el", 1253},  {"tr", 1254},
-    {"az", 1254},  {"uz", 1254},  {"he", 1255},  {"yi", 1255},  {"ar", 1256},  {"fa", 1256},
-    {"ur", 1256},  {"ps", 1256},  {"lt", 1257},  {"lv", 1257},  {"et", 1257},  {"cs", 1250},
-    {"pl", 1250},  {"hu", 1250},  {"sk", 1250},  {"sl", 1250},  {"hr", 1250},  {"ro", 1250},
-    {"sq", 1250},  {"bs", 1250},  {"ru", 1251},  {"uk", 1251},  {"be", 1251},  {"bg", 1251},
-    {"mk", 1251},  {"kk", 1251},  {"ky", 1251},  {"tt", 1251},  {"mn", 1251},  {"tg", 1251},
+    {"ja", 932},  {"ko", 949},  {"th", 874},  {"vi", 1258}, {"el", 1253}, {"tr", 1254},
+    {"az", 1254}, {"uz", 1254}, {"he", 1255}, {"yi", 1255}, {"ar", 1256}, {"fa", 1256},
+    {"ur", 1256}, {"ps", 1256}, {"lt", 1257}, {"lv", 1257}, {"et", 1257}, {"cs", 1250},
+    {"pl", 1250}, {"hu", 1250}, {"sk", 1250}, {"sl", 1250}, {"hr", 1250}, {"ro", 1250},
+    {"sq", 1250}, {"bs", 1250}, {"ru", 1251}, {"uk", 1251}, {"be", 1251}, {"bg", 1251},
+    {"mk", 1251}, {"kk", 1251}, {"ky", 1251}, {"tt", 1251}, {"mn", 1251}, {"tg", 1251},
     {"sr", 1251},
 };
 

@@ -233,7 +233,8 @@ constexpr unsigned IDS_FN_CONVERTK = 13400;
 
 // The ranges must stay apart: a host table keyed by these numbers has one text each.
 static_assert(IDS_LOCAL_BUILTIN_FORMAT_BASE + IDS_LOCAL_BUILTIN_FORMAT_COUNT <= IDS_OP_RANGE);
-static_assert(IDS_CRIT_NOT_CONTAINS < IDS_NEW_SHEET_NAME && IDS_NEW_SHEET_NAME < IDS_MONTH_NAME_BASE);
+static_assert(IDS_CRIT_NOT_CONTAINS < IDS_NEW_SHEET_NAME &&
+              IDS_NEW_SHEET_NAME < IDS_MONTH_NAME_BASE);
 static_assert(IDS_MONTH_NAME_BASE + 12 <= IDS_MONTH_ABBREV_BASE);
 static_assert(IDS_MONTH_ABBREV_BASE + 12 <= IDS_DAY_NAME_BASE);
 static_assert(IDS_DAY_NAME_BASE + 7 <= IDS_DAY_ABBREV_BASE);

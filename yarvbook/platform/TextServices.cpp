@@ -41,8 +41,8 @@ char16_t FullKatakanaToHalf(char16_t c) {
 // The voiced (dakuten) form of a full-width katakana, or 0.
 char16_t VoicedKatakana(char16_t c) {
   if ((c >= 0x30AB && c <= 0x30C2 && (c - 0x30AB) % 2 == 0) ||  // ka..chi
-      c == 0x30C4 || c == 0x30C6 || c == 0x30C8 ||               // tsu, te, to
-      (c >= 0x30CF && c <= 0x30DB && (c - 0x30CF) % 3 == 0))     // ha..ho
+      c == 0x30C4 || c == 0x30C6 || c == 0x30C8 ||              // tsu, te, to
+      (c >= 0x30CF && c <= 0x30DB && (c - 0x30CF) % 3 == 0))    // ha..ho
     return static_cast<char16_t>(c + 1);
   if (c == 0x30A6) return 0x30F4;  // u -> vu
   if (c == 0x30EF) return 0x30F7;  // wa -> va
