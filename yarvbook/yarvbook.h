@@ -7,5 +7,6 @@
 #include "platform/CodePage.h"
 #include "platform/GlobalMemory.h"
 #include "platform/Locale.h"
+#include "platform/ResourceIds.h"
 #include "platform/Resources.h"
 #include "platform/TextServices.h"
