@@ -2,7 +2,18 @@
 #pragma once
 
 #include "base/Export.h"
+#include "base/SSString.h"
+#include "base/StrBase.h"
+#include "base/StringBuilder.h"
 #include "base/Version.h"
+#include "base/WideString.h"
+#include "base/Wildcard.h"
+#include "base/ZelException.h"
+#include "base/ZelIndexObArray.h"
+#include "base/ZelIndexObject.h"
+#include "base/ZelMemFile.h"
+#include "base/ZelObArray.h"
+#include "base/ZelObject.h"
 #include "platform/Clock.h"
 #include "platform/CodePage.h"
 #include "platform/GlobalMemory.h"
