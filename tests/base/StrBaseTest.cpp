@@ -1,7 +1,6 @@
-#include "base/StrBase.h"
-
 #include <gtest/gtest.h>
 
+#include "base/StrBase.h"
 #include "platform/Locale.h"
 
 namespace {
@@ -82,7 +81,8 @@ TEST_F(StrBaseTest, DoubleByteCounting) {
     EXPECT_EQ(szCut + 1, CStrBase::strinc(szCut));
 
     EXPECT_TRUE(CStrBase::IsValidCode(loc.nCode));
-    EXPECT_FALSE(CStrBase::IsValidCode(static_cast<unsigned char>(loc.pszBytes[0])));  // a lone lead
+    EXPECT_FALSE(
+        CStrBase::IsValidCode(static_cast<unsigned char>(loc.pszBytes[0])));  // a lone lead
     EXPECT_FALSE(CStrBase::IsValidCode(0));
     EXPECT_FALSE(CStrBase::IsValidCode(0x10000));
     EXPECT_EQ(loc.cWide, MAKEWCHAR(loc.nCode));

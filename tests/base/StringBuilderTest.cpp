@@ -1,10 +1,9 @@
-#include "base/StringBuilder.h"
-
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
+#include "base/StringBuilder.h"
 #include "platform/CodePage.h"
 #include "platform/Locale.h"
 
@@ -23,8 +22,7 @@ TEST(StringBuilderTest, GrowthSteps) {
       {5000, 5120},  // 4608 + 512
       {100, 5120},   // never shrinks
       {8200, 8704},  // six more small steps
-      {8703, 8704},
-      {8704, 9216},
+      {8703, 8704}, {8704, 9216},
   };
   CStringBuilder builder;
   for (const TCase& c : kSteps) {
@@ -68,7 +66,9 @@ class StringBuilderCodePageTest : public ::testing::Test {
 
 TEST_F(StringBuilderCodePageTest, ConvertsBothWays) {
   CStringBuilder builder;
-  const char szKorean[] = "a\xB0\xA1" "b";  // "a", HANGUL GA in code page 949, "b"
+  const char szKorean[] =
+      "a\xB0\xA1"
+      "b";  // "a", HANGUL GA in code page 949, "b"
   int nLength = 0;
   const char16_t* pwsz = builder._Convert(szKorean, -1, 949, 0, &nLength);
   ASSERT_NE(nullptr, pwsz);
@@ -86,7 +86,8 @@ TEST_F(StringBuilderCodePageTest, ConvertsBothWays) {
 TEST_F(StringBuilderCodePageTest, CharacterSetsAndSymbols) {
   CStringBuilder builder;
   EXPECT_EQ(std::u16string(u"\uF041\uF0FF"), std::u16string(builder.ConvertSymbolChar("A\xFF", 2)));
-  EXPECT_EQ(std::u16string(u"\uF041"), std::u16string(builder.ConvertUnknowCode("A", 1, SYMBOL_CHARSET)));
+  EXPECT_EQ(std::u16string(u"\uF041"),
+            std::u16string(builder.ConvertUnknowCode("A", 1, SYMBOL_CHARSET)));
   EXPECT_EQ(std::u16string(u"\uAC00"),
             std::u16string(builder.ConvertUnknowCode("\xB0\xA1", 2, HANGUL_CHARSET)));
   EXPECT_EQ(std::u16string(u"\u3042"),

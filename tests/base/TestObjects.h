@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/ZelIndexObject.h"
+#include "base/ZelObArray.h"
 
 class CTestObj : public CZelIndexObject {
  public:

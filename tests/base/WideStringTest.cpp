@@ -1,10 +1,9 @@
-#include "base/WideString.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "base/SSString.h"
+#include "base/WideString.h"
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
 
@@ -73,10 +72,10 @@ TEST(WideStringTest, Comparisons) {
   constexpr TCase kCases[] = {
       {u"abc", u"abc", 0, 0, 0},
       {u"abc", u"ABC", 1, 0, 0},
-      {u"ab", u"abc", -1, -1, -1},       // a prefix is the smaller
+      {u"ab", u"abc", -1, -1, -1},  // a prefix is the smaller
       {u"abd", u"ABC", 1, 1, 1},
-      {u"\uFF41b", u"AB", 1, 1, 0},      // full-width a
-      {u"\u00E9", u"\u00C9", 1, 0, 0},   // beyond ASCII: e acute
+      {u"\uFF41b", u"AB", 1, 1, 0},     // full-width a
+      {u"\u00E9", u"\u00C9", 1, 0, 0},  // beyond ASCII: e acute
       {u"", u"", 0, 0, 0},
   };
   const auto Sign = [](int n) { return n < 0 ? -1 : n > 0 ? 1 : 0; };
@@ -132,7 +131,8 @@ TEST(WideStringTest, Formatting) {
     EXPECT_EQ(static_cast<int>(expected.size()), got.nResult);
   };
   Check(Run(u"%d|%5d|%-5d|%05d", 42, -42, 7, -3), u"42|  -42|7    |-0003");
-  Check(Run(u"%u %x %X %lld", 4000000000u, 255u, 255u, -9000000000LL), u"4000000000 ff FF -9000000000");
+  Check(Run(u"%u %x %X %lld", 4000000000u, 255u, 255u, -9000000000LL),
+        u"4000000000 ff FF -9000000000");
   Check(Run(u"[%s][%.2s][%6s][%-4s]", u"text", u"text", u"ab", u"ab"), u"[text][te][    ab][ab  ]");
   Check(Run(u"%hs and %s", "bytes", static_cast<const char16_t*>(nullptr)), u"bytes and (null)");
   Check(Run(u"%c%c 100%%", u'\u00E9', u'x'), u"\u00E9x 100%");

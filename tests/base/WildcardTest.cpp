@@ -1,10 +1,10 @@
-#include "base/Wildcard.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
 #include <string>
 #include <vector>
+
+#include "base/Wildcard.h"
 
 namespace {
 
@@ -101,7 +101,8 @@ bool RefStrMatch(const u16string& pattern, size_t p, const u16string& text, size
     return false;
   }
   if (t == text.size()) return false;
-  return (pattern[p] == u'?' || RefFold(pattern[p], true, false) == RefFold(text[t], true, false)) &&
+  return (pattern[p] == u'?' ||
+          RefFold(pattern[p], true, false) == RefFold(text[t], true, false)) &&
          RefStrMatch(pattern, p + 1, text, t + 1);
 }
 
@@ -125,10 +126,10 @@ TEST(WildcardTest, StrMatchRules) {
   };
   constexpr TCase kCases[] = {
       {u"A*", u"abc", true},
-      {u"a*", u"a", true},     // a final star matches the rest at once, even nothing
-      {u"a**", u"a", false},   // the second star finds no text left to try
+      {u"a*", u"a", true},    // a final star matches the rest at once, even nothing
+      {u"a**", u"a", false},  // the second star finds no text left to try
       {u"a**", u"ab", true},
-      {u"?", u"", false},      // "?" never matches the end
+      {u"?", u"", false},  // "?" never matches the end
       {u"", u"", true},
       {u"", u"a", false},
       {u"*", u"", true},
@@ -137,7 +138,7 @@ TEST(WildcardTest, StrMatchRules) {
       {u"*b", u"", false},
       {u"a?c", u"ABC", true},
       {u"a?c", u"ac", false},
-      {u"~*", u"~x", true},    // no escape character: "~" is literal
+      {u"~*", u"~x", true},  // no escape character: "~" is literal
       {u"~*", u"*", false},
       {u"*a*b*", u"xxaxxbxx", true},
       {u"*a*b", u"xxaxxbxx", false},
@@ -169,21 +170,21 @@ TEST(WildcardTest, CmpWildcardRules) {
   };
   constexpr TCase kCases[] = {
       {u"abc", u"a*", 0, true},
-      {u"a", u"a**", 0, true},    // unlike StrMatch, runs of stars behave as one
+      {u"a", u"a**", 0, true},  // unlike StrMatch, runs of stars behave as one
       {u"abc", u"b", 0, false},
-      {u"abc", u"bc", 1, true},   // search mode: the match may start later
-      {u"abc", u"b", 1, false},   // but it must still reach the end
+      {u"abc", u"bc", 1, true},  // search mode: the match may start later
+      {u"abc", u"b", 1, false},  // but it must still reach the end
       {u"a*c", u"a~*c", 0, true},
       {u"abc", u"a~*c", 0, false},
       {u"a?", u"a~?", 0, true},
       {u"ab", u"a~?", 0, false},
       {u"a~", u"a~~", 0, true},
-      {u"ab", u"ab~", 0, true},   // a final "~" ends the pattern there
+      {u"ab", u"ab~", 0, true},  // a final "~" ends the pattern there
       {u"ab~", u"ab~", 0, false},
       {u"", u"", 0, true},
       {u"", u"?", 0, false},
       {u"", u"*", 0, true},
-      {u"x", u"", 1, true},       // restarted at the end, the empty pattern matches
+      {u"x", u"", 1, true},  // restarted at the end, the empty pattern matches
   };
   for (const TCase& c : kCases) {
     EXPECT_EQ(c.bMatch, CmpWildcard(c.pwszText, c.pwszPattern, c.bSearch) == 0)
@@ -191,10 +192,10 @@ TEST(WildcardTest, CmpWildcardRules) {
   }
   EXPECT_EQ(0, CmpiWildcard(u"ABC", u"a?c"));
   EXPECT_NE(0, CmpWildcard(u"ABC", u"a?c"));
-  EXPECT_EQ(0, CmpxWildcard(u"\uFF21\uFF42c", u"Abc"));    // full-width Ａｂ
+  EXPECT_EQ(0, CmpxWildcard(u"\uFF21\uFF42c", u"Abc"));  // full-width Ａｂ
   EXPECT_NE(0, CmpxWildcard(u"\uFF21\uFF42c", u"abc"));
   EXPECT_EQ(0, CmpxiWildcard(u"\uFF21\uFF42c", u"a*C"));
-  EXPECT_NE(0, CmpxiWildcard(u"abc", u"a\uFF0A"));         // a full-width star is no wildcard
+  EXPECT_NE(0, CmpxiWildcard(u"abc", u"a\uFF0A"));  // a full-width star is no wildcard
 }
 
 TEST(WildcardTest, ComparisonsAgreeWithReference) {
@@ -277,15 +278,12 @@ TEST(WildcardTest, FindFromStart) {
     int nExpected;
   };
   constexpr TCase kCases[] = {
-      {u"abcabc", u"B?", 0, 1},
-      {u"abcabc", u"B?", 1, 1},
-      {u"abcabc", u"B?", 2, 4},
-      {u"abcabc", u"B?", 5, -1},   // "c" left: no match
-      {u"abcabc", u"c", 5, 5},     // the last character is a valid start
-      {u"abcabc", u"c", 6, -1},    // the end is not
-      {u"abcabc", u"a", -1, -1},
-      {u"", u"", 0, -1},           // an empty text has no valid start
-      {u"x\uFF21y", u"a", 0, 1},   // width and case folded
+      {u"abcabc", u"B?", 0, 1},  {u"abcabc", u"B?", 1, 1},
+      {u"abcabc", u"B?", 2, 4},  {u"abcabc", u"B?", 5, -1},  // "c" left: no match
+      {u"abcabc", u"c", 5, 5},                               // the last character is a valid start
+      {u"abcabc", u"c", 6, -1},                              // the end is not
+      {u"abcabc", u"a", -1, -1}, {u"", u"", 0, -1},          // an empty text has no valid start
+      {u"x\uFF21y", u"a", 0, 1},                             // width and case folded
   };
   for (const TCase& c : kCases) {
     EXPECT_EQ(c.nExpected, StrStrxiWildcardC(c.pwszText, c.pwszPattern, c.nStart))

@@ -1,11 +1,10 @@
-#include "base/ZelIndexObArray.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>
 
 #include "TestObjects.h"
 #include "base/ZelException.h"
+#include "base/ZelIndexObArray.h"
 
 namespace {
 
@@ -62,8 +61,8 @@ TEST_F(ZelIndexObArrayTest, CopyIndexBetweenPools) {
   EXPECT_EQ(0, dst.GetCopyIndex(&src, 2));  // equal entry exists
   EXPECT_EQ(1, dst.GetCopyIndex(&src, 0));  // cloned in
   EXPECT_NE(src.GetAt(0), dst.GetAt(1));
-  EXPECT_EQ(15, dst.GetCopyIndex(&src, 3));      // not held: the pool's default
-  EXPECT_EQ(7, dst.GetCopyIndex(&src, -1, 7));   // or the caller's
+  EXPECT_EQ(15, dst.GetCopyIndex(&src, 3));     // not held: the pool's default
+  EXPECT_EQ(7, dst.GetCopyIndex(&src, -1, 7));  // or the caller's
   EXPECT_EQ(2, dst.GetSize());
 }
 

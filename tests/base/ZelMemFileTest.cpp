@@ -1,11 +1,10 @@
-#include "base/ZelMemFile.h"
-
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <vector>
 
 #include "base/ZelException.h"
+#include "base/ZelMemFile.h"
 
 namespace {
 
@@ -53,12 +52,11 @@ TEST_F(ZelMemFileTest, GrowthDoublesOncePerWrite) {
     std::size_t nCapacityAfter;
   };
   constexpr TCase kSteps[] = {
-      {16383, 16384},   // one byte short of full
-      {1, 16384},       // exactly full
-      {1, 32768},       // one past: doubled
-      {16383, 32768},   // full again
-      {1, 65536},
-      {200000, 232769}, // more than double: exactly the length needed
+      {16383, 16384},                    // one byte short of full
+      {1, 16384},                        // exactly full
+      {1, 32768},                        // one past: doubled
+      {16383, 32768},                    // full again
+      {1, 65536},     {200000, 232769},  // more than double: exactly the length needed
   };
   CZelMemFile file;
   file.Init();

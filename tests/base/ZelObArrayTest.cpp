@@ -1,5 +1,3 @@
-#include "base/ZelObArray.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -7,6 +5,7 @@
 
 #include "TestObjects.h"
 #include "base/ZelException.h"
+#include "base/ZelObArray.h"
 
 namespace {
 
@@ -38,13 +37,13 @@ TEST_F(ZelObArrayTest, GrowthStepFollowsSize) {
     int nExpectedCapacity;
   };
   constexpr TCase kCases[] = {
-      {8, 12},          // 8 / 8 = 1, raised to 4
-      {31, 35},         // 3, raised to 4
-      {32, 36},         // exactly 4
-      {40, 45},         // 5
-      {8191, 9214},     // 1023
-      {8192, 9216},     // 1024
-      {16000, 17024},   // 2000, capped at 1024
+      {8, 12},         // 8 / 8 = 1, raised to 4
+      {31, 35},        // 3, raised to 4
+      {32, 36},        // exactly 4
+      {40, 45},        // 5
+      {8191, 9214},    // 1023
+      {8192, 9216},    // 1024
+      {16000, 17024},  // 2000, capped at 1024
   };
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.nSize);

@@ -19,9 +19,7 @@ int LengthOf(const char16_t* pwsz, int nLength) {
 
 }  // namespace
 
-CSSString::CSSString(const char16_t* pwsz, int nLength) : m_pwsz(g_wszEmpty) {
-  Set(pwsz, nLength);
-}
+CSSString::CSSString(const char16_t* pwsz, int nLength) : m_pwsz(g_wszEmpty) { Set(pwsz, nLength); }
 
 CSSString::CSSString(const CSSString& other) : m_pwsz(g_wszEmpty) {
   Set(other.m_pwsz, other.m_nLength);

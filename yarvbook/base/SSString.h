@@ -47,7 +47,7 @@ class YARVBOOK_API CSSString {
 
   char16_t* m_pwsz = g_wszEmpty;  // owned, or g_wszEmpty when nothing is allocated
   int m_nLength = 0;
-  int m_nCapacity = 0;     // units allocated, terminator included; 0 for g_wszEmpty
+  int m_nCapacity = 0;  // units allocated, terminator included; 0 for g_wszEmpty
 };
 
 // Text in a fixed buffer owned by the caller, which must outlive the holder.

@@ -21,9 +21,7 @@ const char* CStrBase::_dbstrinc(const char* p) {
   return p + 1;
 }
 
-int CStrBase::_sbstrlen(const char* psz) {
-  return psz ? static_cast<int>(std::strlen(psz)) : 0;
-}
+int CStrBase::_sbstrlen(const char* psz) { return psz ? static_cast<int>(std::strlen(psz)) : 0; }
 
 int CStrBase::_dbstrlen(const char* psz) {
   int n = 0;
@@ -111,7 +109,8 @@ unsigned MAKECHAR(char16_t c) {
   const int nBytes = WideCharToMultiByte(CP_ACP, &c, 1, ach, sizeof ach);
   // The conversion writes "?" for what the code page lacks.
   if (nBytes == 1) return (ach[0] == '?' && c != u'?') ? 0 : static_cast<unsigned char>(ach[0]);
-  if (nBytes == 2) return (static_cast<unsigned char>(ach[0]) << 8) | static_cast<unsigned char>(ach[1]);
+  if (nBytes == 2)
+    return (static_cast<unsigned char>(ach[0]) << 8) | static_cast<unsigned char>(ach[1]);
   return 0;
 }
 

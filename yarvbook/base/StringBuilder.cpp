@@ -92,9 +92,8 @@ const char16_t* CStringBuilder::ConvertSymbolChar(const char* psz, int nLength, 
   return pBuf;
 }
 
-const char16_t* CStringBuilder::ConvertUnknowCode(const char* psz, int nLength,
-                                                  unsigned nCharSet, int nSlot,
-                                                  int* pnOutLength) {
+const char16_t* CStringBuilder::ConvertUnknowCode(const char* psz, int nLength, unsigned nCharSet,
+                                                  int nSlot, int* pnOutLength) {
   if (nCharSet == SYMBOL_CHARSET) return ConvertSymbolChar(psz, nLength, nSlot, pnOutLength);
   const unsigned nCodePage = CharSetToCodePage(nCharSet);
   if (nCodePage == CP_ACP || IsCodePageSupported(nCodePage)) {

@@ -42,8 +42,8 @@ class YARVBOOK_API CStringBuilder {
   // symbol text as ConvertSymbolChar, otherwise through the set's code page. A set
   // whose code page the host lacks, or bytes that do not convert there, are read as
   // Latin-1 (one character per byte), so no text is lost outright.
-  const char16_t* ConvertUnknowCode(const char* psz, int nLength, unsigned nCharSet,
-                                    int nSlot = 0, int* pnOutLength = nullptr);
+  const char16_t* ConvertUnknowCode(const char* psz, int nLength, unsigned nCharSet, int nSlot = 0,
+                                    int* pnOutLength = nullptr);
 
  private:
   char16_t* m_apBuf[kSlotCount] = {};  // owned

@@ -209,8 +209,8 @@ bool isctypeW(char16_t c, unsigned nMask) {
   if ((nMask & C1_PUNCT) && IsPunctChar(c)) return true;
   if ((nMask & C1_CNTRL) && (c < 0x20 || (c >= 0x7F && c < 0xA0))) return true;
   if ((nMask & C1_BLANK) && (c == u' ' || c == u'\t' || c == 0x3000 || c == 0xA0)) return true;
-  if ((nMask & C1_XDIGIT) && ((c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') ||
-                              (c >= u'A' && c <= u'F'))) {
+  if ((nMask & C1_XDIGIT) &&
+      ((c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F'))) {
     return true;
   }
   return (nMask & C1_ALPHA) && IsLetterChar(c);
@@ -257,7 +257,8 @@ namespace {
 // Output cursor that never writes past the buffer and remembers a cut.
 class TOutBuf {
  public:
-  TOutBuf(char16_t* pBuf, int nBufChars) : m_pBuf(pBuf), m_nMax(nBufChars > 0 ? nBufChars - 1 : 0) {}
+  TOutBuf(char16_t* pBuf, int nBufChars)
+      : m_pBuf(pBuf), m_nMax(nBufChars > 0 ? nBufChars - 1 : 0) {}
   void Put(char16_t c) {
     if (m_nLen < m_nMax) {
       m_pBuf[m_nLen++] = c;
@@ -290,8 +291,7 @@ void PutField(TOutBuf& out, int nLen, int nWidth, bool bLeft, char16_t cPad, TGe
 }
 
 // A converted number: zero padding goes between the sign and the digits.
-void PutNumber(TOutBuf& out, const char* pszNum, int nLen, int nWidth, bool bLeft,
-               char16_t cPad) {
+void PutNumber(TOutBuf& out, const char* pszNum, int nLen, int nWidth, bool bLeft, char16_t cPad) {
   if (nLen < 0) return;
   const bool bSign = pszNum[0] == '-' || pszNum[0] == '+';
   if (cPad == u'0' && bSign) {
@@ -383,8 +383,9 @@ int vsprintfW(char16_t* pBuf, int nBufChars, const char16_t* pwszFormat, va_list
           if (!psz) psz = "(null)";
           int nLen = static_cast<int>(std::strlen(psz));
           if (nPrecision >= 0 && nPrecision < nLen) nLen = nPrecision;
-          PutField(out, nLen, nWidth, bLeft, u' ',
-                   [psz](int i) { return static_cast<char16_t>(static_cast<unsigned char>(psz[i])); });
+          PutField(out, nLen, nWidth, bLeft, u' ', [psz](int i) {
+            return static_cast<char16_t>(static_cast<unsigned char>(psz[i]));
+          });
         } else {
           const char16_t* pwsz = va_arg(args, const char16_t*);
           if (!pwsz) pwsz = u"(null)";
@@ -399,18 +400,21 @@ int vsprintfW(char16_t* pBuf, int nBufChars, const char16_t* pwszFormat, va_list
       case u'x':
       case u'X': {
         const bool bSigned = *p == u'd' || *p == u'i';
-        const char* pszSpec = *p == u'x' ? "%llx" : *p == u'X' ? "%llX" : bSigned ? "%lld" : "%llu";
+        const char* pszConversion = *p == u'x'   ? "%llx"
+                                    : *p == u'X' ? "%llX"
+                                    : bSigned    ? "%lld"
+                                                 : "%llu";
         int nLen;
         if (bSigned) {
-          const long long n = nLongs >= 2 ? va_arg(args, long long)
+          const long long n = nLongs >= 2   ? va_arg(args, long long)
                               : nLongs == 1 ? va_arg(args, long)
                                             : va_arg(args, int);
-          nLen = std::snprintf(szNum, sizeof szNum, pszSpec, n);
+          nLen = std::snprintf(szNum, sizeof szNum, pszConversion, n);
         } else {
-          const unsigned long long n = nLongs >= 2 ? va_arg(args, unsigned long long)
+          const unsigned long long n = nLongs >= 2   ? va_arg(args, unsigned long long)
                                        : nLongs == 1 ? va_arg(args, unsigned long)
                                                      : va_arg(args, unsigned);
-          nLen = std::snprintf(szNum, sizeof szNum, pszSpec, n);
+          nLen = std::snprintf(szNum, sizeof szNum, pszConversion, n);
         }
         PutNumber(out, szNum, nLen, nWidth, bLeft, cPad);
         break;
@@ -419,9 +423,9 @@ int vsprintfW(char16_t* pBuf, int nBufChars, const char16_t* pwszFormat, va_list
       case u'e':
       case u'g': {
         const double r = va_arg(args, double);
-        const char szSpec[] = {'%', '.', '*', static_cast<char>(*p), 0};
+        const char szConversion[] = {'%', '.', '*', static_cast<char>(*p), 0};
         const int nDigits = std::min(nPrecision < 0 ? 6 : nPrecision, 40);
-        const int nLen = std::snprintf(szNum, sizeof szNum, szSpec, nDigits, r);
+        const int nLen = std::snprintf(szNum, sizeof szNum, szConversion, nDigits, r);
         PutNumber(out, szNum, nLen, nWidth, bLeft, cPad);
         break;
       }

@@ -101,8 +101,7 @@ YARVBOOK_API int full2halfW(char16_t* pDst, const char16_t* pSrc);
 // Splits pwsz into tokens separated by runs of units from pwszDelims, compared
 // ignoring case. Call first with the text, then with null and the same context;
 // writes terminators into the text. Returns the next token, or null at the end.
-YARVBOOK_API char16_t* cistrtokW(char16_t* pwsz, const char16_t* pwszDelims,
-                                 char16_t** ppContext);
+YARVBOOK_API char16_t* cistrtokW(char16_t* pwsz, const char16_t* pwszDelims, char16_t** ppContext);
 
 // A small printf for UTF-16 buffers. Conversions: %d %i (int), %u %x %X (unsigned),
 // %ld %lu %lld %llu (long, long long), %c (char16_t passed as int), %s (const
@@ -112,8 +111,7 @@ YARVBOOK_API char16_t* cistrtokW(char16_t* pwsz, const char16_t* pwszDelims,
 // (for nBufChars > 0). Returns the length written, or -1 when the output was cut
 // short or the format is malformed.
 YARVBOOK_API int sprintfW(char16_t* pBuf, int nBufChars, const char16_t* pwszFormat, ...);
-YARVBOOK_API int vsprintfW(char16_t* pBuf, int nBufChars, const char16_t* pwszFormat,
-                           va_list args);
+YARVBOOK_API int vsprintfW(char16_t* pBuf, int nBufChars, const char16_t* pwszFormat, va_list args);
 
 // True when every unit of the first nLength units (-1: the whole text) is below 0x80.
 YARVBOOK_API bool IsAsciiString(const char16_t* pwsz, int nLength = -1);

@@ -37,17 +37,13 @@ YARVBOOK_API int CmpxiWildcard(const char16_t* pwszText, const char16_t* pwszPat
 // The leftmost position of pwszText where pwszPattern matches a run of the text, or
 // null. *pnLength (when given) receives the length of the shortest such run; a "*"
 // ending the pattern takes the rest of the text. An empty pattern matches at the start.
-YARVBOOK_API const char16_t* StrStrWildcard(const char16_t* pwszText,
-                                            const char16_t* pwszPattern,
+YARVBOOK_API const char16_t* StrStrWildcard(const char16_t* pwszText, const char16_t* pwszPattern,
                                             int* pnLength = nullptr);
-YARVBOOK_API const char16_t* StrStriWildcard(const char16_t* pwszText,
-                                             const char16_t* pwszPattern,
+YARVBOOK_API const char16_t* StrStriWildcard(const char16_t* pwszText, const char16_t* pwszPattern,
                                              int* pnLength = nullptr);
-YARVBOOK_API const char16_t* StrStrxWildcard(const char16_t* pwszText,
-                                             const char16_t* pwszPattern,
+YARVBOOK_API const char16_t* StrStrxWildcard(const char16_t* pwszText, const char16_t* pwszPattern,
                                              int* pnLength = nullptr);
-YARVBOOK_API const char16_t* StrStrxiWildcard(const char16_t* pwszText,
-                                              const char16_t* pwszPattern,
+YARVBOOK_API const char16_t* StrStrxiWildcard(const char16_t* pwszText, const char16_t* pwszPattern,
                                               int* pnLength = nullptr);
 // StrStrxiWildcard from character nStart on, by index: the index of the match, or -1
 // when there is none or nStart lies outside the text (0 <= nStart < length; an empty

@@ -26,9 +26,7 @@ class YARVBOOK_API CZelMemFile {
   // more. Throws CZelException (memory) on failure; the bytes written so far stay.
   void Write(const void* pData, std::size_t nBytes);
   // Appends the nChars units of pwsz (no terminator).
-  void _Write(const char16_t* pwsz, std::size_t nChars) {
-    Write(pwsz, nChars * sizeof(char16_t));
-  }
+  void _Write(const char16_t* pwsz, std::size_t nChars) { Write(pwsz, nChars * sizeof(char16_t)); }
   // Appends one zero byte, unlocks the block, shrinks it to exactly the bytes written
   // and hands it to the caller, who frees it with GlobalFree. Null when the shrink
   // fails (the block is then freed) or there is no block. Throws CZelException
@@ -43,8 +41,8 @@ class YARVBOOK_API CZelMemFile {
  private:
   void Release();
 
-  HGLOBAL m_hMem = nullptr;           // owned until Finish
-  unsigned char* m_pData = nullptr;   // m_hMem locked
+  HGLOBAL m_hMem = nullptr;          // owned until Finish
+  unsigned char* m_pData = nullptr;  // m_hMem locked
   std::size_t m_nCapacity = 0;
   std::size_t m_nLength = 0;
 };

@@ -1,6 +1,8 @@
 // CZelObArray: a growable array of owned CZelObject pointers, the base of the book,
 // the sheet and the row. Slots may be null. Besides the usual array operations it
 // offers the block move that inserting and deleting rows and columns is built on.
+// Clear and Shrink have a virtual form and an indexed one: a derived class that
+// overrides the virtual form adds `using CZelObArray::Clear;` (and Shrink) to keep both.
 #pragma once
 
 #include "base/Export.h"

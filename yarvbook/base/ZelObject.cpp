@@ -27,8 +27,8 @@ bool CZelObject::IsUsedNewIndex() const { return false; }
 void CZelObject::SetNewIndex(int) {}
 int CZelObject::GetNewIndex() const { return 0; }
 
-void CZelObject::PrepareForCopy(CSheetBase* pDstSheet, CSheetBase* pSrcSheet,
-                                CBookBase* pDstBook, CBookBase* pSrcBook) {
+void CZelObject::PrepareForCopy(CSheetBase* pDstSheet, CSheetBase* pSrcSheet, CBookBase* pDstBook,
+                                CBookBase* pSrcBook) {
   m_bInCopy = true;
   m_pDstSheet = pDstSheet;
   m_pSrcSheet = pSrcSheet;
