@@ -22,10 +22,10 @@ char16_t FoldUpper(char16_t c) { return (c >= u'a' && c <= u'z') ? char16_t(c - 
 // punctuation blocks, which end a token in formula text just as ASCII punctuation does.
 bool IsIdentChar(char16_t c) {
   if (c < 0x80) return IsAsciiLetter(c) || IsAsciiDigit(c) || c == u'_';
-  if (c <= 0xBF) return false;                    // NBSP and Latin-1 punctuation
-  if (c >= 0x2000 && c <= 0x206F) return false;   // general punctuation and spaces
-  if (c >= 0x3000 && c <= 0x303F) return false;   // ideographic space and punctuation
-  if (c >= 0xFF00 && c <= 0xFF0F) return false;   // full-width punctuation ...
+  if (c <= 0xBF) return false;                   // NBSP and Latin-1 punctuation
+  if (c >= 0x2000 && c <= 0x206F) return false;  // general punctuation and spaces
+  if (c >= 0x3000 && c <= 0x303F) return false;  // ideographic space and punctuation
+  if (c >= 0xFF00 && c <= 0xFF0F) return false;  // full-width punctuation ...
   if (c >= 0xFF1A && c <= 0xFF20) return false;
   if (c >= 0xFF3B && c <= 0xFF40) return false;
   if (c >= 0xFF5B && c <= 0xFF65) return false;
@@ -120,8 +120,7 @@ int CvtRCNr(const char16_t* pwszText, TCell* pCell) {
   return 1;
 }
 
-int CvtRange(const char16_t** ppText, int* pIsRange, int* pFlags1, int* pFlags2,
-             TRange* pRange) {
+int CvtRange(const char16_t** ppText, int* pIsRange, int* pFlags1, int* pFlags2, TRange* pRange) {
   const char16_t* p = *ppText;
   int nFlags1, nRow1, nCol1;
   if (!CvtRCNr(&p, &nFlags1, &nRow1, &nCol1)) return 0;

@@ -151,9 +151,7 @@ class YARVBOOK_API TRange {
   static int CompareRight(const TRange& a, const TRange& b);        // first column
   static int CompareBottomRight(const TRange& a, const TRange& b);  // first row, then column
 
-  bool operator==(const TRange& other) const {
-    return first == other.first && last == other.last;
-  }
+  bool operator==(const TRange& other) const { return first == other.first && last == other.last; }
   bool operator!=(const TRange& other) const { return !(*this == other); }
 
   TCell first;

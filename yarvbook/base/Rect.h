@@ -47,7 +47,8 @@ struct YARVBOOK_API TRect {
       : left(pt.x), top(pt.y), right(pt.x + size.cx), bottom(pt.y + size.cy) {}
   // From any record with left, top, right and bottom members (the host's RECT).
   template <class TRecord>
-  explicit TRect(const TRecord& rc) : left(rc.left), top(rc.top), right(rc.right), bottom(rc.bottom) {}
+  explicit TRect(const TRecord& rc)
+      : left(rc.left), top(rc.top), right(rc.right), bottom(rc.bottom) {}
 
   int Width() const { return right - left; }
   int Height() const { return bottom - top; }
@@ -92,8 +93,7 @@ struct YARVBOOK_API TRect {
     return *this;
   }
   bool operator==(const TRect& other) const {
-    return left == other.left && top == other.top && right == other.right &&
-           bottom == other.bottom;
+    return left == other.left && top == other.top && right == other.right && bottom == other.bottom;
   }
   bool operator!=(const TRect& other) const { return !(*this == other); }
 

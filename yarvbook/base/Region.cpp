@@ -36,10 +36,9 @@ std::vector<TSpan> SweepCover(std::vector<TSpan> spans) {
   }
   std::sort(edges.begin(), edges.end());
   edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
-  std::sort(spans.begin(), spans.end(),
-            [](const TSpan& a, const TSpan& b) { return a.y1 < b.y1; });
+  std::sort(spans.begin(), spans.end(), [](const TSpan& a, const TSpan& b) { return a.y1 < b.y1; });
 
-  std::vector<TSpan> active;  // spans crossing the current band
+  std::vector<TSpan> active;                                  // spans crossing the current band
   std::map<std::pair<long long, long long>, long long> open;  // interval -> first band y
   std::vector<std::pair<long long, long long>> intervals;
   std::size_t nNext = 0;
@@ -94,9 +93,8 @@ TRangeList CoverOf(const TRange* pRanges, int nCount, bool bTransposed) {
     const int a2 = static_cast<int>(s.y2 - 1), b2 = static_cast<int>(s.x2 - 1);
     out.push_back(bTransposed ? TRange(b1, a1, b2, a2) : TRange(a1, b1, a2, b2));
   }
-  std::sort(out.begin(), out.end(), [](const TRange& a, const TRange& b) {
-    return TRange::CompareBottomRight(a, b) < 0;
-  });
+  std::sort(out.begin(), out.end(),
+            [](const TRange& a, const TRange& b) { return TRange::CompareBottomRight(a, b) < 0; });
   return out;
 }
 
@@ -230,8 +228,8 @@ bool TRegion::IsRow() const {
 }
 
 bool TRegion::IsColumn() const {
-  return m_nCount > 0 && std::all_of(m_pRanges, m_pRanges + m_nCount,
-                                     [](const TRange& r) { return r.IsColumn(); });
+  return m_nCount > 0 &&
+         std::all_of(m_pRanges, m_pRanges + m_nCount, [](const TRange& r) { return r.IsColumn(); });
 }
 
 bool TRegion::ContainsRow() const {
@@ -239,8 +237,7 @@ bool TRegion::ContainsRow() const {
 }
 
 bool TRegion::ContainsColumn() const {
-  return std::any_of(m_pRanges, m_pRanges + m_nCount,
-                     [](const TRange& r) { return r.IsColumn(); });
+  return std::any_of(m_pRanges, m_pRanges + m_nCount, [](const TRange& r) { return r.IsColumn(); });
 }
 
 bool TRegion::IsRangesMixed() const {
