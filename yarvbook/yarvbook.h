@@ -17,5 +17,6 @@
 #include "platform/File.h"
 #include "platform/GlobalMemory.h"
 #include "platform/Locale.h"
+#include "platform/ResourceIds.h"
 #include "platform/Resources.h"
 #include "platform/TextServices.h"
