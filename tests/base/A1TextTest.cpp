@@ -128,6 +128,8 @@ TEST(A1Text, AddressParser) {
       {u"A1\\", 0, 0, 0, 0},
       {u"A1x", 0, 0, 0, 0},
       {u"A1\u00e9", 0, 0, 0, 0},
+      {u"A1\u0663", 0, 0, 0, 0},  // an Arabic-Indic digit
+      {u"A1\u3000", 1, 0, 2, 0},  // ideographic space
       {u"A65537", 0, 0, 0, 0},
       {u"IW1", 0, 0, 0, 0},
       {u"$$A1", 0, 0, 0, 0},

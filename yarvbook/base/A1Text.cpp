@@ -4,6 +4,7 @@
 
 #include "base/Cell.h"
 #include "base/Range.h"
+#include "platform/TextServices.h"
 
 namespace {
 
@@ -17,19 +18,11 @@ bool IsAsciiDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
 char16_t FoldUpper(char16_t c) { return (c >= u'a' && c <= u'z') ? char16_t(c - 32) : c; }
 
-// Characters that may continue a name, so that "A1x" or "A1é" is not read as an
-// address followed by junk. Beyond ASCII, every unit counts except the space and
-// punctuation blocks, which end a token in formula text just as ASCII punctuation does.
+// Characters that may continue a name, so that "A1x" or "A1\u00e9" is not read as an
+// address followed by junk: letters and digits of any script, and "_".
 bool IsIdentChar(char16_t c) {
   if (c < 0x80) return IsAsciiLetter(c) || IsAsciiDigit(c) || c == u'_';
-  if (c <= 0xBF) return false;                   // NBSP and Latin-1 punctuation
-  if (c >= 0x2000 && c <= 0x206F) return false;  // general punctuation and spaces
-  if (c >= 0x3000 && c <= 0x303F) return false;  // ideographic space and punctuation
-  if (c >= 0xFF00 && c <= 0xFF0F) return false;  // full-width punctuation ...
-  if (c >= 0xFF1A && c <= 0xFF20) return false;
-  if (c >= 0xFF3B && c <= 0xFF40) return false;
-  if (c >= 0xFF5B && c <= 0xFF65) return false;
-  return true;
+  return IsLetterChar(c) || IsDigitChar(c);
 }
 
 }  // namespace
