@@ -1,5 +1,6 @@
 #include "base/A1Text.h"
 
+#include <iterator>
 #include <utility>
 
 #include "base/Cell.h"
