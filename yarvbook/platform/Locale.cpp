@@ -245,7 +245,23 @@ void ReadCurrency(const icu::Locale& locale, TLocaleSettings& s) {
     s.nCurrencyPos = 3;
   else
     s.nCurrencyPos = 0;
-  const std::u16string strNegative = CurrencyShape(negative, true);
+  // Where the locale writes no negative form of its own, spreadsheet currency formats
+  // show negatives the accounting way: "($1)" in en-US, which built-in formats 23-26
+  // rely on to stay aliases of 5-8; "-1 €" in de-DE.
+  std::u16string strNegative = CurrencyShape(negative, true);
+  std::unique_ptr<icu::NumberFormat> pAccounting(
+      icu::NumberFormat::createInstance(locale, UNUM_CURRENCY_ACCOUNTING, status));
+  if (auto* pAcc = dynamic_cast<icu::DecimalFormat*>(pAccounting.get());
+      nSemicolon == std::u16string::npos && U_SUCCESS(status) && pAcc != nullptr) {
+    icu::UnicodeString strAccIcu;
+    pAcc->toPattern(strAccIcu);
+    const std::u16string strAcc = ToU16(strAccIcu);
+    const std::size_t nAccSemicolon = strAcc.find(u';');
+    strNegative = CurrencyShape(nAccSemicolon == std::u16string::npos
+                                    ? std::u16string_view(strAcc)
+                                    : std::u16string_view(strAcc).substr(nAccSemicolon + 1),
+                                true);
+  }
   s.nNegCurrency = s.nCurrencyPos == 0 ? 1 : s.nCurrencyPos == 1 ? 5 : s.nCurrencyPos == 2 ? 9 : 8;
   for (int i = 0; i < static_cast<int>(std::size(kNegCurrencyForms)); ++i)
     if (strNegative == kNegCurrencyForms[i]) s.nNegCurrency = i;
