@@ -12,6 +12,8 @@
 #include "base/Region.h"
 #include "base/Version.h"
 #include "platform/Archive.h"
+#include "format/SingleFormat.h"
+#include "format/ValFormat.h"
 #include "platform/Clock.h"
 #include "platform/CodePage.h"
 #include "platform/File.h"
