@@ -794,8 +794,7 @@ bool CSingleFormat::SerializeCB(CPelArchive& ar) {
   int16_t nScale = 0;
   ar >> nType >> nOperator >> rCondition >> wFlags >> nColorIndex >> wColorNumber >> nScale >>
       nDenominator >> wCount;
-  if (ar.IsFailed() || wCount == 0 || static_cast<std::size_t>(wCount) * 2 > ar.Remaining())
-    return false;
+  if (ar.IsFailed() || static_cast<std::size_t>(wCount) * 2 > ar.Remaining()) return false;
   std::vector<unsigned short> tokens(wCount);
   for (unsigned short& w : tokens) ar >> w;
   TDigitGroup aGroups[3];
@@ -803,7 +802,7 @@ bool CSingleFormat::SerializeCB(CPelArchive& ar) {
   const bool bTypeKnown = nType <= ftText || nType == ftUndetermined;
   if (ar.IsFailed() || !bTypeKnown || nOperator > opNone || nColorIndex > 8 ||
       wColorNumber > 55 || (wFlags & ~0x7F) || !std::isfinite(rCondition) ||
-      !IsValidTokenArray(tokens.data(), wCount))
+      (wCount == 0 ? nType != ftUndetermined : !IsValidTokenArray(tokens.data(), wCount)))
     return false;
   SetTokens(tokens.data(), wCount);
   m_nType = static_cast<EType>(nType);
