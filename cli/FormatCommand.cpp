@@ -111,8 +111,7 @@ int RunFormatCommand(int argc, char** argv) {
       const std::u16string strText = FromUtf8(argv[i]);
       format.Format(strText.c_str(), static_cast<int>(strText.size()));
     }
-    std::printf("%s\n",
-                ToUtf8(CSingleFormat::m_Buf, CSingleFormat::m_wFormattedLen).c_str());
+    std::printf("%s\n", ToUtf8(CSingleFormat::m_Buf, CSingleFormat::m_wFormattedLen).c_str());
   }
   return 0;
 }

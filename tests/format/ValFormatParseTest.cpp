@@ -31,22 +31,47 @@ const TSectionCase kSectionCases[] = {
     {u"0%", S::ftPercent, S::opOtherwise, -2, {1, 0, 0}, {0, 0, 0}, {1, 0, 7}},
     {u"0%%", S::ftPercent, S::opOtherwise, -2, {1, 0, 0}, {0, 0, 0}, {1, 0, 7, 43, u'%'}},
     {u"0.00E+00", S::ftScientific, S::opOtherwise, 0, {1, 2, 2}, {0, 1, 0}, {}},
-    {u"0.0e-0", S::ftScientific, S::opOtherwise, 0, {1, 1, 1}, {0, 1, 0},
+    {u"0.0e-0",
+     S::ftScientific,
+     S::opOtherwise,
+     0,
+     {1, 1, 1},
+     {0, 1, 0},
      {1, 0, 4, 1, 1, 6, 1, 1, 2}},
-    {u"# ?/16", S::ftFraction, S::opOtherwise, 0, {1, 1, 2}, {0, 0, 0},
+    {u"# ?/16",
+     S::ftFraction,
+     S::opOtherwise,
+     0,
+     {1, 1, 2},
+     {0, 0, 0},
      {2, 0, 43, u' ', 3, 1, 8, 3, 2, 3, 2}},
     {u"# ?\?/?\?", S::ftFraction, S::opOtherwise, 0, {1, 2, 2}, {0, 0, 1}, {}},
     {u"h:mm", S::ftTime, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0}, {30, 0, 49, 31}},
     {u"mm/dd", S::ftDate, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0}, {12, 48, 18}},
     {u"mm:ss", S::ftTime, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0}, {31, 49, 33, 0}},
-    {u"h:mm AM/PM", S::ftTime, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0},
+    {u"h:mm AM/PM",
+     S::ftTime,
+     S::opOtherwise,
+     0,
+     {0, 0, 0},
+     {0, 0, 0},
      {30, 1, 49, 31, 43, u' ', 35}},
-    {u"[h]:mm:ss.00", S::ftTime, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0},
+    {u"[h]:mm:ss.00",
+     S::ftTime,
+     S::opOtherwise,
+     0,
+     {0, 0, 0},
+     {0, 0, 0},
      {50, 1, 49, 31, 49, 33, 2}},
     {u"[ss].0", S::ftTime, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0}, {52, 2, 1}},
     {u"[$-F800]", S::ftDate, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0}, {53, 0, 0xF800, 0}},
     {u"[$\u20AC-407]#,##0.00", S::ftNumber, S::opOtherwise, 0, {4, 2, 0}, {2, 1, 0}, {}},
-    {u"\"Total: \"0", S::ftNumber, S::opOtherwise, 0, {1, 0, 0}, {0, 0, 0},
+    {u"\"Total: \"0",
+     S::ftNumber,
+     S::opOtherwise,
+     0,
+     {1, 0, 0},
+     {0, 0, 0},
      {44, u'T', u'o', u't', u'a', u'l', u':', u' ', 0, 1, 0}},
     {u"$#,##0", S::ftCurrency, S::opOtherwise, 0, {4, 0, 0}, {2, 0, 0}, {}},
     {u"\\$0", S::ftNumber, S::opOtherwise, 0, {1, 0, 0}, {0, 0, 0}, {43, u'$', 1, 0}},
@@ -62,7 +87,8 @@ const TSectionCase kSectionCases[] = {
 
 TEST(ValFormatParse, SectionSummaryAndTokens) {
   for (const TSectionCase& c : kSectionCases) {
-    SCOPED_TRACE(std::string(c.pwszFormat, c.pwszFormat + std::char_traits<char16_t>::length(c.pwszFormat)));
+    SCOPED_TRACE(
+        std::string(c.pwszFormat, c.pwszFormat + std::char_traits<char16_t>::length(c.pwszFormat)));
     CValFormat f;
     int nPos = -1;
     ASSERT_EQ(1, f.Parse(c.pwszFormat, &nPos, ptEnglish));
@@ -106,33 +132,45 @@ struct TImplicitCase {
 };
 
 const TImplicitCase kImplicitCases[] = {
-    {u"0", {S::opOtherwise, S::opNone, S::opNone, S::opNone},
+    {u"0",
+     {S::opOtherwise, S::opNone, S::opNone, S::opNone},
      {S::ftNumber, S::ftUndetermined, S::ftUndetermined, S::ftUndetermined}},
-    {u"0;-0", {S::opGreaterEqual, S::opLess, S::opNone, S::opNone},
+    {u"0;-0",
+     {S::opGreaterEqual, S::opLess, S::opNone, S::opNone},
      {S::ftNumber, S::ftNumber, S::ftUndetermined, S::ftUndetermined}},
-    {u"[>100]0", {S::opGreater, S::opOtherwise, S::opNone, S::opNone},
+    {u"[>100]0",
+     {S::opGreater, S::opOtherwise, S::opNone, S::opNone},
      {S::ftNumber, S::ftGeneral, S::ftUndetermined, S::ftUndetermined}},
-    {u"0;[<0]0", {S::opGreater, S::opLess, S::opOtherwise, S::opNone},
+    {u"0;[<0]0",
+     {S::opGreater, S::opLess, S::opOtherwise, S::opNone},
      {S::ftNumber, S::ftNumber, S::ftGeneral, S::ftUndetermined}},
-    {u"[>=0]0;0", {S::opGreaterEqual, S::opLess, S::opNone, S::opNone},
+    {u"[>=0]0;0",
+     {S::opGreaterEqual, S::opLess, S::opNone, S::opNone},
      {S::ftNumber, S::ftNumber, S::ftUndetermined, S::ftUndetermined}},
-    {u"[=0]0;0", {S::opEqual, S::opOtherwise, S::opNone, S::opNone},
+    {u"[=0]0;0",
+     {S::opEqual, S::opOtherwise, S::opNone, S::opNone},
      {S::ftNumber, S::ftNumber, S::ftUndetermined, S::ftUndetermined}},
-    {u"[>1]0;[<-1]0", {S::opGreater, S::opLess, S::opOtherwise, S::opNone},
+    {u"[>1]0;[<-1]0",
+     {S::opGreater, S::opLess, S::opOtherwise, S::opNone},
      {S::ftNumber, S::ftNumber, S::ftGeneral, S::ftUndetermined}},
-    {u"0;0;@", {S::opGreaterEqual, S::opLess, S::opOtherwise, S::opNone},
+    {u"0;0;@",
+     {S::opGreaterEqual, S::opLess, S::opOtherwise, S::opNone},
      {S::ftNumber, S::ftNumber, S::ftText, S::ftUndetermined}},
-    {u"0;0;0", {S::opGreater, S::opLess, S::opOtherwise, S::opNone},
+    {u"0;0;0",
+     {S::opGreater, S::opLess, S::opOtherwise, S::opNone},
      {S::ftNumber, S::ftNumber, S::ftNumber, S::ftUndetermined}},
-    {u"0;0;0;@", {S::opGreater, S::opLess, S::opOtherwise, S::opOtherwise},
+    {u"0;0;0;@",
+     {S::opGreater, S::opLess, S::opOtherwise, S::opOtherwise},
      {S::ftNumber, S::ftNumber, S::ftNumber, S::ftText}},
-    {u";;;", {S::opGreater, S::opLess, S::opOtherwise, S::opOtherwise},
+    {u";;;",
+     {S::opGreater, S::opLess, S::opOtherwise, S::opOtherwise},
      {S::ftNumber, S::ftNumber, S::ftNumber, S::ftText}},
 };
 
 TEST(ValFormatParse, ImplicitSections) {
   for (const TImplicitCase& c : kImplicitCases) {
-    SCOPED_TRACE(std::string(c.pwszFormat, c.pwszFormat + std::char_traits<char16_t>::length(c.pwszFormat)));
+    SCOPED_TRACE(
+        std::string(c.pwszFormat, c.pwszFormat + std::char_traits<char16_t>::length(c.pwszFormat)));
     CValFormat f;
     ASSERT_EQ(1, f.Parse(c.pwszFormat, nullptr, ptEnglish));
     for (int k = 0; k < 4; ++k) {
@@ -149,37 +187,37 @@ struct TFailureCase {
 };
 
 const TFailureCase kFailureCases[] = {
-    {u"@;0", 1},          // text must be the last section
-    {u"0;0;0;0", 7},      // a fourth section that is neither text nor General
-    {u"0;0;0;@;0", 7},    // a fifth section (the ';' after a text section)
-    {u"0;0;0;0;0", 7},    // a fifth section
-    {u"[Color57]0", 6},   // colour numbers run 1..56
-    {u"[Color0]0", 6},
-    {u"[Red][Blue]0", 5}, // a second colour
-    {u"[>1][<5]0", 4},    // a second condition
-    {u"[>]0", 2},         // a condition needs a number
-    {u"[Purple]0", 0},    // unknown bracket content
-    {u"[h", 2},           // missing ']'
-    {u"# ?/", 4},         // a fraction without a denominator
-    {u"# ?/16?", 6},      // a placeholder after a fixed denominator
-    {u"# ?/?0", 5},       // '0' after a '?' in the denominator
-    {u"0.0E0", 4},        // 'E' without '+' or '-'
-    {u"\"abc", 0},        // unclosed quote
-    {u"0\\", 1},          // trailing backslash
-    {u"0*", 1},           // trailing fill
-    {u"*-0*+", 3},        // a second fill
-    {u"[>0]@", 4},        // '@' with a condition
-    {u"0 General", 2},    // General after other codes
-    {u"0 d", 2},          // a date code in a numeric section
-    {u"yyyy 0", 5},       // a placeholder in a date section
-    {u"0 h", 2},          // a time code in a numeric section
-    {u"[$-G]0", 3},       // a locale id that is not hexadecimal
-    {u"@ 0", 2},          // a placeholder in a text section
+    {u"@;0", 1},                               // text must be the last section
+    {u"0;0;0;0", 7},                           // a fourth section that is neither text nor General
+    {u"0;0;0;@;0", 7},                         // a fifth section (the ';' after a text section)
+    {u"0;0;0;0;0", 7},                         // a fifth section
+    {u"[Color57]0", 6},                        // colour numbers run 1..56
+    {u"[Color0]0", 6},  {u"[Red][Blue]0", 5},  // a second colour
+    {u"[>1][<5]0", 4},                         // a second condition
+    {u"[>]0", 2},                              // a condition needs a number
+    {u"[Purple]0", 0},                         // unknown bracket content
+    {u"[h", 2},                                // missing ']'
+    {u"# ?/", 4},                              // a fraction without a denominator
+    {u"# ?/16?", 6},                           // a placeholder after a fixed denominator
+    {u"# ?/?0", 5},                            // '0' after a '?' in the denominator
+    {u"0.0E0", 4},                             // 'E' without '+' or '-'
+    {u"\"abc", 0},                             // unclosed quote
+    {u"0\\", 1},                               // trailing backslash
+    {u"0*", 1},                                // trailing fill
+    {u"*-0*+", 3},                             // a second fill
+    {u"[>0]@", 4},                             // '@' with a condition
+    {u"0 General", 2},                         // General after other codes
+    {u"0 d", 2},                               // a date code in a numeric section
+    {u"yyyy 0", 5},                            // a placeholder in a date section
+    {u"0 h", 2},                               // a time code in a numeric section
+    {u"[$-G]0", 3},                            // a locale id that is not hexadecimal
+    {u"@ 0", 2},                               // a placeholder in a text section
 };
 
 TEST(ValFormatParse, FailuresReportTheirPosition) {
   for (const TFailureCase& c : kFailureCases) {
-    SCOPED_TRACE(std::string(c.pwszFormat, c.pwszFormat + std::char_traits<char16_t>::length(c.pwszFormat)));
+    SCOPED_TRACE(
+        std::string(c.pwszFormat, c.pwszFormat + std::char_traits<char16_t>::length(c.pwszFormat)));
     CValFormat f;
     int nPos = -1;
     EXPECT_EQ(0, f.Parse(c.pwszFormat, &nPos, ptEnglish));
@@ -188,11 +226,24 @@ TEST(ValFormatParse, FailuresReportTheirPosition) {
 }
 
 TEST(ValFormatParse, UnparseRoundTrip) {
-  const char16_t* apwsz[] = {
-      u"0.00", u"#,##0", u"#,##0.00_);[Red]\\(#,##0.00\\)", u"0.0,,", u"0%", u"0.00E+00",
-      u"##0.0e-0", u"# ?/16", u"# ?\?/?\?", u"[h]:mm:ss.00", u"yyyy-mm-dd hh:mm:ss AM/PM",
-      u"[$\u20AC-407]#,##0.00", u"[Color12][>=100]\"big\"* 0;[Blue]0", u"_-* #,##0_-;-@",
-      u"dddd, mmmm d, yyyy", u"General;-General", u"mm:ss.0", u"0;0;0;\"t\"@"};
+  const char16_t* apwsz[] = {u"0.00",
+                             u"#,##0",
+                             u"#,##0.00_);[Red]\\(#,##0.00\\)",
+                             u"0.0,,",
+                             u"0%",
+                             u"0.00E+00",
+                             u"##0.0e-0",
+                             u"# ?/16",
+                             u"# ?\?/?\?",
+                             u"[h]:mm:ss.00",
+                             u"yyyy-mm-dd hh:mm:ss AM/PM",
+                             u"[$\u20AC-407]#,##0.00",
+                             u"[Color12][>=100]\"big\"* 0;[Blue]0",
+                             u"_-* #,##0_-;-@",
+                             u"dddd, mmmm d, yyyy",
+                             u"General;-General",
+                             u"mm:ss.0",
+                             u"0;0;0;\"t\"@"};
   for (const char16_t* pwsz : apwsz) {
     SCOPED_TRACE(std::string(pwsz, pwsz + std::char_traits<char16_t>::length(pwsz)));
     CValFormat a, b;

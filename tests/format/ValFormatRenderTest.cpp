@@ -124,7 +124,7 @@ const TRenderCase kRenderCases[] = {
     {u"mm:ss", 45000.123456, u"57:47"},  // seconds round to the shown precision
     {u"h:mm:ss.00", 45000.123456, u"2:57:46.60"},
     {u"h:mm:ss.000", 45000.123456, u"2:57:46.598"},
-    {u"hh:mm", 2958465.99999, u"23:59"},  // no seconds shown: no rounding
+    {u"hh:mm", 2958465.99999, u"23:59"},   // no seconds shown: no rounding
     {u"hh:mm:ss", 0.999999, u"00:00:00"},  // carries into the next day
     {u"yyyy-mm-dd hh:mm:ss", 43830.9999999, u"2020-01-01 00:00:00"},
     {u"[h]:mm:ss", 59, u"1416:00:00"},
@@ -206,9 +206,9 @@ TEST(ValFormatRender, GeneralMarksAndWidth) {
     double r;
     const char* psz;
   } const kWidth11[] = {
-      {2.0 / 3, "0.666666667"},  {123456789012.0, "1.23457E+11"}, {12345678901.0, "12345678901"},
-      {0.0001234, "0.0001234"}, {0.00001234, "1.234E-05"},      {-2.0 / 3, "-0.66666667"},
-      {1e-100, "1E-100"},        {99999999999.5, "1E+11"},
+      {2.0 / 3, "0.666666667"}, {123456789012.0, "1.23457E+11"}, {12345678901.0, "12345678901"},
+      {0.0001234, "0.0001234"}, {0.00001234, "1.234E-05"},       {-2.0 / 3, "-0.66666667"},
+      {1e-100, "1E-100"},       {99999999999.5, "1E+11"},
   };
   ASSERT_EQ(1, f.Parse(u"General", nullptr, ptEnglish));
   for (const auto& c : kWidth11) {

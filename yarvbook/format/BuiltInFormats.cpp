@@ -39,7 +39,10 @@ constexpr TBuiltInEntry kEntries[] = {
     {kNone, false, -1, u"0.00%"},
     {kNone, false, -1, u"0.00E+00"},
     {kNone, false, -1, u"# ?/?"},
-    {kNone, false, -1, u"# ?" "?/?" "?"},
+    {kNone, false, -1,
+     u"# ?"
+     "?/?"
+     "?"},
     {kDate, false, -1, u"%s/%s/%s"},
     {kNone, false, -1, u"d\\-mmm\\-yy"},
     {kNone, false, -1, u"d\\-mmm"},

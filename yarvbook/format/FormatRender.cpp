@@ -2,8 +2,6 @@
 // 15 significant decimal digits (what a cell holds), and every later rounding works on
 // those digits, half away from zero: 2.675 shows as 2.68 and 9.995 with two decimals as
 // 10.00, the way they were typed, not the way the binary value lies.
-#include "format/SingleFormat.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -11,6 +9,7 @@
 #include <string>
 
 #include "format/FormatVocabulary.h"
+#include "format/SingleFormat.h"
 #include "format/ValFormat.h"
 #include "platform/Locale.h"
 
@@ -23,9 +22,7 @@ struct TDecimal {
   int nDigits = 0;
   int nPoint = 0;
 
-  char DigitAt(int nPos) const {
-    return nPos >= 0 && nPos < nDigits ? acDigits[nPos] : '0';
-  }
+  char DigitAt(int nPos) const { return nPos >= 0 && nPos < nDigits ? acDigits[nPos] : '0'; }
   bool IsZero() const { return nDigits == 0; }
   void Trim() {
     while (nDigits > 0 && acDigits[nDigits - 1] == '0') --nDigits;
@@ -221,8 +218,10 @@ void AppendNumber(long long n, int nMinDigits) {
 
 // A placeholder with no digit to show: '0' shows a zero, '?' a blank, '#' nothing.
 void AppendFiller(unsigned short wCode) {
-  if (wCode == CSingleFormat::tkDigitZero) CSingleFormat::Append(u'0');
-  else if (wCode == CSingleFormat::tkDigitQuestion) CSingleFormat::Append(u' ');
+  if (wCode == CSingleFormat::tkDigitZero)
+    CSingleFormat::Append(u'0');
+  else if (wCode == CSingleFormat::tkDigitQuestion)
+    CSingleFormat::Append(u' ');
 }
 
 bool IsDigitToken(unsigned short w) {
@@ -242,8 +241,9 @@ void BestFraction(double x, long long nMaxDen, long long& nNum, long long& nDen)
     if (q2 > nMaxDen) {
       const long long k = q1 > 0 ? (nMaxDen - q0) / q1 : 0;
       const long long ps = p0 + k * p1, qs = q0 + k * q1;
-      if (q1 == 0 || (qs > 0 && std::fabs(x - static_cast<double>(ps) / static_cast<double>(qs)) <
-                                    std::fabs(x - static_cast<double>(p1) / static_cast<double>(q1)))) {
+      if (q1 == 0 ||
+          (qs > 0 && std::fabs(x - static_cast<double>(ps) / static_cast<double>(qs)) <
+                         std::fabs(x - static_cast<double>(p1) / static_cast<double>(q1)))) {
         p1 = ps;
         q1 = qs;
       }
@@ -287,6 +287,7 @@ class TRightAligned {
         CSingleFormat::Append(p < nLen || wCode == CSingleFormat::tkDigitZero ? m_cSep : u' ');
     }
   }
+
  private:
   std::string m_strDigits;
   int m_nSlots;
@@ -313,7 +314,8 @@ void CSingleFormat::ResetResult() {
 }
 
 void CSingleFormat::Append(const char16_t* pwsz, int nLen) {
-  for (int i = 0; i < nLen && m_wFormattedLen < kMaxFormatted; ++i) m_Buf[m_wFormattedLen++] = pwsz[i];
+  for (int i = 0; i < nLen && m_wFormattedLen < kMaxFormatted; ++i)
+    m_Buf[m_wFormattedLen++] = pwsz[i];
   m_Buf[m_wFormattedLen] = 0;
 }
 
@@ -387,15 +389,20 @@ void CSingleFormat::FormatNumber(double r, bool bShowSign, int nGeneralWidth) co
     return;
   }
   bool bExponent = false, bFraction = false, bGeneral = false;
-  for (int i = 0; i < m_wTokenCount && m_pTokens[i] != tkEnd; i = NextToken(m_pTokens, i, m_wTokenCount)) {
+  for (int i = 0; i < m_wTokenCount && m_pTokens[i] != tkEnd;
+       i = NextToken(m_pTokens, i, m_wTokenCount)) {
     bExponent |= m_pTokens[i] == tkExponent;
     bFraction |= m_pTokens[i] == tkFractionSlash;
     bGeneral |= m_pTokens[i] == tkGeneral;
   }
-  if (bGeneral) FormatGeneral(r, nGeneralWidth, bShowSign);
-  else if (bExponent) FormatScientific(r, bShowSign);
-  else if (bFraction && m_nType == ftFraction) FormatFraction(r, bShowSign);
-  else FormatFixed(r, bShowSign);
+  if (bGeneral)
+    FormatGeneral(r, nGeneralWidth, bShowSign);
+  else if (bExponent)
+    FormatScientific(r, bShowSign);
+  else if (bFraction && m_nType == ftFraction)
+    FormatFraction(r, bShowSign);
+  else
+    FormatFixed(r, bShowSign);
 }
 
 void CSingleFormat::FormatGeneral(double r, int nWidth, bool bShowSign) const {
@@ -515,9 +522,12 @@ void CSingleFormat::FormatScientific(double r, bool bShowSign) const {
   for (int i = 0; i < nCount && p[i] != tkEnd;) {
     const unsigned short w = p[i];
     if (IsDigitToken(w)) {
-      if (p[i + 1] == 0) integer.Put(w);
-      else if (p[i + 1] == 2) exponent.Put(w);
-      else if (nDecimal <= nLastSignificant) Append(static_cast<char16_t>(m.DigitAt(m.nPoint + nDecimal++)));
+      if (p[i + 1] == 0)
+        integer.Put(w);
+      else if (p[i + 1] == 2)
+        exponent.Put(w);
+      else if (nDecimal <= nLastSignificant)
+        Append(static_cast<char16_t>(m.DigitAt(m.nPoint + nDecimal++)));
       else {
         ++nDecimal;
         AppendFiller(w);
@@ -532,8 +542,10 @@ void CSingleFormat::FormatScientific(double r, bool bShowSign) const {
     }
     if (w == tkExponent) {
       Append((p[i + 1] & 1) ? u'e' : u'E');
-      if (nExp < 0) Append(u'-');
-      else if (p[i + 1] & 2) Append(u'+');
+      if (nExp < 0)
+        Append(u'-');
+      else if (p[i + 1] & 2)
+        Append(u'+');
       i += 2;
       continue;
     }
@@ -555,8 +567,10 @@ void CSingleFormat::FormatFraction(double r, bool bShowSign) const {
   if (m_nFixedDenominator != 0) {
     nDen = m_nFixedDenominator;
     const double rNum = std::floor(rFrac * static_cast<double>(nDen) + 0.5);
-    if (rNum > 999999999999999.0) rBigNum = rNum;
-    else nNum = static_cast<long long>(rNum);
+    if (rNum > 999999999999999.0)
+      rBigNum = rNum;
+    else
+      nNum = static_cast<long long>(rNum);
   } else if (rFrac > 999999999999999.0) {
     rBigNum = std::floor(rFrac + 0.5);
   } else {
@@ -599,16 +613,19 @@ void CSingleFormat::FormatFraction(double r, bool bShowSign) const {
         bInFraction = wPart == 1 || nDenSlot + 1 < m_aGroups[2].nCount;
         if (wPart == 2) ++nDenSlot;
         if (m_nFixedDenominator == 0 || wPart == 1 || nDenSlot == 1)
-          Append(m_nFixedDenominator != 0 && wPart == 2 ? std::u16string(strDen.size(), u' ').c_str()
-                                                         : u" ",
+          Append(m_nFixedDenominator != 0 && wPart == 2
+                     ? std::u16string(strDen.size(), u' ').c_str()
+                     : u" ",
                  m_nFixedDenominator != 0 && wPart == 2 ? static_cast<int>(strDen.size()) : 1);
       } else if (wPart == 1) {
         numerator.Put(w);
       } else if (m_nFixedDenominator != 0) {
         if (nDenSlot++ == 0) AppendAscii(strDen);
       } else {
-        if (nDenSlot < static_cast<int>(strDen.size())) Append(static_cast<char16_t>(strDen[nDenSlot]));
-        else if (w != tkDigitHash) Append(u' ');
+        if (nDenSlot < static_cast<int>(strDen.size()))
+          Append(static_cast<char16_t>(strDen[nDenSlot]));
+        else if (w != tkDigitHash)
+          Append(u' ');
         ++nDenSlot;
       }
       i += 2;
@@ -668,26 +685,49 @@ void CSingleFormat::FormatDateTime(double r) const {
     const unsigned short w = p[i];
     const unsigned short wOp = i + 1 < nCount ? p[i + 1] : 0;
     switch (w) {
-      case tkMonthName1: AppendText(locale.astrMonthNames[t.nMonth - 1].substr(0, 1)); break;
-      case tkMonthName: AppendText(locale.astrMonthNames[t.nMonth - 1]); break;
-      case tkMonthAbbrev: AppendText(locale.astrMonthAbbrev[t.nMonth - 1]); break;
-      case tkMonth2: AppendNumber(t.nMonth, 2); break;
-      case tkMonth1: AppendNumber(t.nMonth, 1); break;
+      case tkMonthName1:
+        AppendText(locale.astrMonthNames[t.nMonth - 1].substr(0, 1));
+        break;
+      case tkMonthName:
+        AppendText(locale.astrMonthNames[t.nMonth - 1]);
+        break;
+      case tkMonthAbbrev:
+        AppendText(locale.astrMonthAbbrev[t.nMonth - 1]);
+        break;
+      case tkMonth2:
+        AppendNumber(t.nMonth, 2);
+        break;
+      case tkMonth1:
+        AppendNumber(t.nMonth, 1);
+        break;
       case tkDayNameA:
-      case tkDayName: AppendText(locale.astrDayNames[t.nWeekday - 1]); break;
+      case tkDayName:
+        AppendText(locale.astrDayNames[t.nWeekday - 1]);
+        break;
       case tkDayAbbrevA:
-      case tkDayAbbrev: AppendText(locale.astrDayAbbrev[t.nWeekday - 1]); break;
-      case tkDay2: AppendNumber(t.nDay, 2); break;
-      case tkDay1: AppendNumber(t.nDay, 1); break;
+      case tkDayAbbrev:
+        AppendText(locale.astrDayAbbrev[t.nWeekday - 1]);
+        break;
+      case tkDay2:
+        AppendNumber(t.nDay, 2);
+        break;
+      case tkDay1:
+        AppendNumber(t.nDay, 1);
+        break;
       case tkYear4:
       case tkYearC:
       case tkYearJ:
       case tkEraYear2:
-      case tkEraYear1: AppendNumber(t.nYear, 4); break;
-      case tkYear2: AppendNumber(t.nYear % 100, 2); break;
+      case tkEraYear1:
+        AppendNumber(t.nYear, 4);
+        break;
+      case tkYear2:
+        AppendNumber(t.nYear % 100, 2);
+        break;
       case tkEra:
       case tkHw:
-      case tkHnw: break;  // the Gregorian calendar has no era name
+      case tkHnw:
+        break;  // the Gregorian calendar has no era name
       case tkHour2:
       case tkHour1: {
         int nHour = t.nHour;
@@ -708,18 +748,29 @@ void CSingleFormat::FormatDateTime(double r) const {
       case tkAmPm:
       case tkAmPmS:
       case tkAmPmC:
-      case tkAmPmSS: AppendText(t.nHour < 12 ? locale.strAm : locale.strPm); break;
-      case tkAmPmChinese: Append(t.nHour < 12 ? u"\u4E0A\u5348" : u"\u4E0B\u5348", 2); break;
-      case tkAP: Append(t.nHour < 12 ? u'A' : u'P'); break;
-      case tkElapsedHours: AppendNumber(nTotalMs / 3600000, wOp); break;
+      case tkAmPmSS:
+        AppendText(t.nHour < 12 ? locale.strAm : locale.strPm);
+        break;
+      case tkAmPmChinese:
+        Append(t.nHour < 12 ? u"\u4E0A\u5348" : u"\u4E0B\u5348", 2);
+        break;
+      case tkAP:
+        Append(t.nHour < 12 ? u'A' : u'P');
+        break;
+      case tkElapsedHours:
+        AppendNumber(nTotalMs / 3600000, wOp);
+        break;
       case tkElapsedMinutes:
         AppendNumber(bElapsedHours ? nTotalMs / 60000 % 60 : nTotalMs / 60000, wOp);
         break;
       case tkElapsedSeconds:
-        AppendNumber((bElapsedHours || bElapsedMinutes) ? nTotalMs / 1000 % 60 : nTotalMs / 1000, wOp);
+        AppendNumber((bElapsedHours || bElapsedMinutes) ? nTotalMs / 1000 % 60 : nTotalMs / 1000,
+                     wOp);
         appendFraction(p[i + 2]);
         break;
-      case tkDecimalPoint: Append(u'.'); break;
+      case tkDecimalPoint:
+        Append(u'.');
+        break;
       case tkLocaleBlock: {
         int k = i + 1;
         while (p[k] != 0) ++k;
@@ -736,7 +787,9 @@ void CSingleFormat::FormatDateTime(double r) const {
           AppendNumber(t.nYear, 4);
         } else if (nLcid == 0xF400) {
           const int nHour = locale.b24Hour ? t.nHour
-                                           : (t.nHour == 0 ? 12 : t.nHour > 12 ? t.nHour - 12 : t.nHour);
+                                           : (t.nHour == 0   ? 12
+                                              : t.nHour > 12 ? t.nHour - 12
+                                                             : t.nHour);
           AppendNumber(nHour, locale.bHourLeadingZero ? 2 : 1);
           AppendText(locale.strTimeSep);
           AppendNumber(t.nMinute, 2);

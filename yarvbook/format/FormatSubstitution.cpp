@@ -13,18 +13,19 @@ struct TNegativeForm {
 };
 // Negative currency forms in the Windows numbering: 0 "($1)", 1 "-$1", ... 15 "(1 $)".
 constexpr TNegativeForm kNegativeForms[16] = {
-    {u"($", u")"},  {u"-$", u""},   {u"$-", u""},    {u"$", u"-"},
-    {u"(", u"$)"},  {u"-", u"$"},   {u"", u"-$"},    {u"", u"$-"},
-    {u"-", u" $"},  {u"-$ ", u""},  {u"", u" $-"},   {u"$ ", u"-"},
-    {u"$ -", u""},  {u"", u"- $"},  {u"($ ", u")"},  {u"(", u" $)"},
+    {u"($", u")"}, {u"-$", u""},  {u"$-", u""},   {u"$", u"-"},   {u"(", u"$)"}, {u"-", u"$"},
+    {u"", u"-$"},  {u"", u"$-"},  {u"-", u" $"},  {u"-$ ", u""},  {u"", u" $-"}, {u"$ ", u"-"},
+    {u"$ -", u""}, {u"", u"- $"}, {u"($ ", u")"}, {u"(", u" $)"},
 };
 
 // Replaces '$' by the symbol text; without a symbol, blanks go too.
 std::u16string Expand(const char16_t* pwsz, const std::u16string& strSymbol) {
   std::u16string str;
   for (; *pwsz; ++pwsz) {
-    if (*pwsz == u'$') str += strSymbol;
-    else if (*pwsz != u' ' || !strSymbol.empty()) str += *pwsz;
+    if (*pwsz == u'$')
+      str += strSymbol;
+    else if (*pwsz != u' ' || !strSymbol.empty())
+      str += *pwsz;
   }
   return str;
 }
@@ -34,10 +35,18 @@ std::vector<std::u16string> CurrencySlots(bool bSymbol) {
   const std::u16string strSymbol = bSymbol ? TFormatSubstitution::CurrencyText() : u"";
   std::u16string strPrefix, strSuffix;
   switch (locale.nCurrencyPos) {
-    case 1: strSuffix = strSymbol; break;
-    case 2: strPrefix = bSymbol ? strSymbol + u" " : u""; break;
-    case 3: strSuffix = bSymbol ? u" " + strSymbol : u""; break;
-    default: strPrefix = strSymbol; break;
+    case 1:
+      strSuffix = strSymbol;
+      break;
+    case 2:
+      strPrefix = bSymbol ? strSymbol + u" " : u"";
+      break;
+    case 3:
+      strSuffix = bSymbol ? u" " + strSymbol : u"";
+      break;
+    default:
+      strPrefix = strSymbol;
+      break;
   }
   const int nForm = locale.nNegCurrency >= 0 && locale.nNegCurrency < 16 ? locale.nNegCurrency : 1;
   const TNegativeForm& neg = kNegativeForms[nForm];
@@ -56,9 +65,12 @@ std::vector<std::u16string> DateOrderSlots() {
   const std::u16string strDay = locale.bDayLeadingZero ? u"dd" : u"d";
   const std::u16string strYear = locale.bFourDigitYear ? u"yyyy" : u"yy";
   switch (locale.nDateOrder) {
-    case TLocaleSettings::doDayMonthYear: return {strDay, strMonth, strYear};
-    case TLocaleSettings::doYearMonthDay: return {strYear, strMonth, strDay};
-    default: return {strMonth, strDay, strYear};
+    case TLocaleSettings::doDayMonthYear:
+      return {strDay, strMonth, strYear};
+    case TLocaleSettings::doYearMonthDay:
+      return {strYear, strMonth, strDay};
+    default:
+      return {strMonth, strDay, strYear};
   }
 }
 
@@ -77,9 +89,9 @@ std::u16string TFormatSubstitution::CurrencyText() {
   bool bBare = !strSymbol.empty();
   for (char16_t c : strSymbol) {
     const bool bLetter = (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
-    if (bLetter || c == u' ' || c == u'"' || c == u'\\' || c == u';' || c == u'[' ||
-        c == u'%' || c == u'.' || c == u',' || c == u'_' || c == u'*' || c == u'@' ||
-        c == u'?' || c == u'#' || (c >= u'0' && c <= u'9'))
+    if (bLetter || c == u' ' || c == u'"' || c == u'\\' || c == u';' || c == u'[' || c == u'%' ||
+        c == u'.' || c == u',' || c == u'_' || c == u'*' || c == u'@' || c == u'?' || c == u'#' ||
+        (c >= u'0' && c <= u'9'))
       bBare = false;
   }
   if (bBare) return strSymbol;
@@ -89,12 +101,23 @@ std::u16string TFormatSubstitution::CurrencyText() {
 std::u16string TFormatSubstitution::Render(ESource nSource, const std::u16string& strTemplate) {
   std::vector<std::u16string> slots;
   switch (nSource) {
-    case srcCurrency: slots = CurrencySlots(true); break;
-    case srcCurrencyNoSymbol: slots = CurrencySlots(false); break;
-    case srcDateOrder: slots = DateOrderSlots(); break;
-    case srcAmPm: slots = AmPmSlots(); break;
-    case srcCurrencySymbol: slots.assign(8, CurrencyText()); break;
-    default: break;
+    case srcCurrency:
+      slots = CurrencySlots(true);
+      break;
+    case srcCurrencyNoSymbol:
+      slots = CurrencySlots(false);
+      break;
+    case srcDateOrder:
+      slots = DateOrderSlots();
+      break;
+    case srcAmPm:
+      slots = AmPmSlots();
+      break;
+    case srcCurrencySymbol:
+      slots.assign(8, CurrencyText());
+      break;
+    default:
+      break;
   }
   std::u16string str;
   std::size_t nSlot = 0;

@@ -3,7 +3,6 @@
 #include "format/FormatVocabulary.h"
 
 #include "format/SingleFormat.h"
-
 #include "platform/Locale.h"
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
@@ -13,15 +12,15 @@ namespace {
 
 constexpr char16_t kEnglishChars[fcCount + 1] = u"0#?E%/\\\"@*_[]hms.,y/:+-=";
 constexpr const char16_t* kDateCodes[20] = {
-    u"mmmmm", u"mmmm", u"mmm", u"mm", u"m", u"aaaa", u"dddd", u"aaa", u"ddd", u"dd",
-    u"d",     u"yyyy", u"yy",  u"cy", u"jy", u"g",   u"ee",   u"e",   u"hw",  u"hnw"};
+    u"mmmmm", u"mmmm", u"mmm", u"mm", u"m",  u"aaaa", u"dddd", u"aaa", u"ddd", u"dd",
+    u"d",     u"yyyy", u"yy",  u"cy", u"jy", u"g",    u"ee",   u"e",   u"hw",  u"hnw"};
 // Codes 36 and 37 are further spellings of 35 that the parser folds into it.
 constexpr const char16_t* kTimeCodes[14] = {
-    u"hh",    u"h",    u"mm",      u"m",       u"ss",      u"s",         u"AM/PM",
-    u"AM/PM", u"AM/PM", u"\u4E0A\u5348/\u4E0B\u5348", u"AMS/PMS", u"AMC/PMC", u"AMSS/PMSS",
-    u"A/P"};
+    u"hh",      u"h",       u"mm",        u"m",     u"ss",
+    u"s",       u"AM/PM",   u"AM/PM",     u"AM/PM", u"\u4E0A\u5348/\u4E0B\u5348",
+    u"AMS/PMS", u"AMC/PMC", u"AMSS/PMSS", u"A/P"};
 constexpr const char16_t* kOperators[6] = {u"<=", u">=", u"<>", u"<", u"=", u">"};
-constexpr const char16_t* kColors[9] = {u"Black", u"Blue", u"Cyan",   u"Green", u"Magenta",
+constexpr const char16_t* kColors[9] = {u"Black", u"Blue",  u"Cyan",   u"Green", u"Magenta",
                                         u"Red",   u"White", u"Yellow", u"Color"};
 
 void FillEnglish(TFormatVocabulary& v) {
@@ -60,8 +59,7 @@ char16_t FoldFormatChar(char16_t c) {
   return ToLowerChar(c);
 }
 
-int MatchFormatWord(const char16_t* pwsz, const std::u16string* pList, int nCount,
-                    int* pnIndex) {
+int MatchFormatWord(const char16_t* pwsz, const std::u16string* pList, int nCount, int* pnIndex) {
   int nBest = 0;
   for (int i = 0; i < nCount; ++i) {
     const std::u16string& str = pList[i];
@@ -100,8 +98,10 @@ const TFormatVocabulary& GetFormatVocabulary(int nParseType) {
   // The escape set follows the local decimal and grouping characters.
   std::u16string& strReserved = local.strReserved;
   for (char16_t& c : strReserved) {
-    if (c == u'.') c = FoldFormatChar(locale.cDecimal);
-    else if (c == u',') c = FoldFormatChar(locale.cThousands);
+    if (c == u'.')
+      c = FoldFormatChar(locale.cDecimal);
+    else if (c == u',')
+      c = FoldFormatChar(locale.cThousands);
   }
   v.nLocaleGeneration = GetLocaleGeneration();
   v.nResourceGeneration = GetResourceGeneration();
@@ -137,4 +137,3 @@ int FormatTokenOperands(unsigned short wCode, const unsigned short* pTokens, int
       return 0;
   }
 }
-

@@ -21,9 +21,12 @@ std::u16string OrderDate(const std::vector<std::u16string>& parts) {
   const std::u16string& d = parts[2];
   const std::u16string& s = parts[3];
   switch (GetLocaleSettings().nDateOrder) {
-    case TLocaleSettings::doDayMonthYear: return d + s + m + s + y;
-    case TLocaleSettings::doYearMonthDay: return y + s + m + s + d;
-    default: return m + s + d + s + y;
+    case TLocaleSettings::doDayMonthYear:
+      return d + s + m + s + y;
+    case TLocaleSettings::doYearMonthDay:
+      return y + s + m + s + d;
+    default:
+      return m + s + d + s + y;
   }
 }
 
@@ -79,14 +82,20 @@ bool CLocalBuiltInFormat::SetText(const std::u16string& strText) {
 TFormatSubstitution::ESource CLocalBuiltInFormat::GetSource() const {
   switch (m_nKind) {
     case 1:
-    case 7: return TFormatSubstitution::srcCurrency;
-    case 2: return TFormatSubstitution::srcCurrencyNoSymbol;
-    case 3: return TFormatSubstitution::srcDateOrder;
-    case 4: return TFormatSubstitution::srcCurrencySymbol;
+    case 7:
+      return TFormatSubstitution::srcCurrency;
+    case 2:
+      return TFormatSubstitution::srcCurrencyNoSymbol;
+    case 3:
+      return TFormatSubstitution::srcDateOrder;
+    case 4:
+      return TFormatSubstitution::srcCurrencySymbol;
     case 6:
     case 8:
-    case 9: return TFormatSubstitution::srcAmPm;
-    default: return TFormatSubstitution::srcNone;
+    case 9:
+      return TFormatSubstitution::srcAmPm;
+    default:
+      return TFormatSubstitution::srcNone;
   }
 }
 

@@ -31,7 +31,9 @@ class YARVBOOK_API CLocalBuiltInFormat {
   // The format text with its slots still open (kinds 5 and 9: already in date order).
   std::u16string GetTemplate() const;
   // The format text in the current locale, slots filled.
-  std::u16string GetFormatText() const { return TFormatSubstitution::Render(GetSource(), GetTemplate()); }
+  std::u16string GetFormatText() const {
+    return TFormatSubstitution::Render(GetSource(), GetTemplate());
+  }
   // Kinds 7 and 8: the text kept apart before the format.
   const std::u16string& GetSecondText() const { return m_strSecond; }
 

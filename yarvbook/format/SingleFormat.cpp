@@ -171,16 +171,14 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
   auto is = [&](int i, int nChar) {
     return aText[i] != 0 && FoldFormatChar(aText[i]) == FoldFormatChar(voc.acChars[nChar]);
   };
-  auto isPlaceholder = [&](int i) {
-    return is(i, fcZero) || is(i, fcHash) || is(i, fcQuestion);
-  };
+  auto isPlaceholder = [&](int i) { return is(i, fcZero) || is(i, fcHash) || is(i, fcQuestion); };
 
   std::vector<unsigned short> tokens;
   tokens.reserve(64);
   int nPart = 0;
-  int nPending = -1;       // token index of an "m"/"mm" that may still become minutes
-  int nLastHour = -1;      // token index of the last hour's 12-hour operand
-  int nLastCode = -1;      // the last date or time code emitted
+  int nPending = -1;   // token index of an "m"/"mm" that may still become minutes
+  int nLastHour = -1;  // token index of the last hour's 12-hour operand
+  int nLastCode = -1;  // the last date or time code emitted
   bool bAmPmSeen = false;
   bool bDecimalSeen = false;
   bool bDenomQuestion = false;
@@ -211,8 +209,10 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
     }
     if (is(i, fcPercent) && m_nType != ftPercent) {
       m_bFlags |= fPercent;
-      if (m_nType == ftUndetermined || m_nType == ftNumber) m_nType = ftPercent;
-      else if (!IsNumeric()) return fail(i);
+      if (m_nType == ftUndetermined || m_nType == ftNumber)
+        m_nType = ftPercent;
+      else if (!IsNumeric())
+        return fail(i);
       m_nScale = static_cast<short>(m_nScale - 2);
       emit(tkPercent);
       ++i;
@@ -287,10 +287,14 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
           while (aText[j] && !is(j, fcCloseBracket)) {
             const char16_t h = aText[j];
             int nValue;
-            if (h >= u'0' && h <= u'9') nValue = h - u'0';
-            else if (h >= u'a' && h <= u'f') nValue = h - u'a' + 10;
-            else if (h >= u'A' && h <= u'F') nValue = h - u'A' + 10;
-            else return fail(j);
+            if (h >= u'0' && h <= u'9')
+              nValue = h - u'0';
+            else if (h >= u'a' && h <= u'f')
+              nValue = h - u'a' + 10;
+            else if (h >= u'A' && h <= u'F')
+              nValue = h - u'A' + 10;
+            else
+              return fail(j);
             if (++nDigits > 8) return fail(j);
             nLcid = nLcid * 16 + static_cast<uint32_t>(nValue);
             ++j;
@@ -356,11 +360,10 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
         m_nType = ftTime;
         m_bFlags |= fTime;
         i = j + 1;
-        const unsigned short wCode = cLetter == FoldFormatChar(voc.acChars[fcHour])
-                                         ? tkElapsedHours
-                                         : cLetter == FoldFormatChar(voc.acChars[fcMinute])
-                                               ? tkElapsedMinutes
-                                               : tkElapsedSeconds;
+        const unsigned short wCode = cLetter == FoldFormatChar(voc.acChars[fcHour]) ? tkElapsedHours
+                                     : cLetter == FoldFormatChar(voc.acChars[fcMinute])
+                                         ? tkElapsedMinutes
+                                         : tkElapsedSeconds;
         emit(wCode);
         emit(std::min(nLetters, 0xFFFF));
         if (wCode == tkElapsedSeconds) {
@@ -551,21 +554,31 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
   emit(tkEnd);
   SetTokens(tokens.data(), static_cast<int>(tokens.size()));
   if (pbSemicolon) *pbSemicolon = i < nLen;
-  if (i < nLen) pwszText += i + 1;  // past the ';'
-  else if (bCut) pwszText += nLen + std::char_traits<char16_t>::length(pwszText + nLen);
-  else pwszText += nLen;
+  if (i < nLen)
+    pwszText += i + 1;  // past the ';'
+  else if (bCut)
+    pwszText += nLen + std::char_traits<char16_t>::length(pwszText + nLen);
+  else
+    pwszText += nLen;
   return 1;
 }
 
 bool CSingleFormat::MeetsCriteria(double r) const {
   switch (m_nOperator) {
-    case opLessEqual: return r <= m_rCondition;
-    case opGreaterEqual: return r >= m_rCondition;
-    case opNotEqual: return r != m_rCondition;
-    case opLess: return r < m_rCondition;
-    case opEqual: return r == m_rCondition;
-    case opGreater: return r > m_rCondition;
-    default: return true;
+    case opLessEqual:
+      return r <= m_rCondition;
+    case opGreaterEqual:
+      return r >= m_rCondition;
+    case opNotEqual:
+      return r != m_rCondition;
+    case opLess:
+      return r < m_rCondition;
+    case opEqual:
+      return r == m_rCondition;
+    case opGreater:
+      return r > m_rCondition;
+    default:
+      return true;
   }
 }
 
@@ -614,7 +627,9 @@ int CSingleFormat::Unparse(char16_t* pBuf, int nMax, int nParseType) const {
     if (nOperands < 0 || i + nOperands >= nCount) break;
     const unsigned short wOp = nOperands > 0 ? p[i + 1] : 0;
     switch (w) {
-      case tkGeneral: str += voc.strGeneral; break;
+      case tkGeneral:
+        str += voc.strGeneral;
+        break;
       case tkDigitZero:
       case tkDigitHash:
       case tkDigitQuestion:
@@ -633,14 +648,22 @@ int CSingleFormat::Unparse(char16_t* pBuf, int nMax, int nParseType) const {
         if (i == nLastDigit)
           for (int k = 0; k < nCommas; ++k) str += voc.acChars[fcThousands];
         break;
-      case tkDecimalPoint: str += voc.acChars[fcDecimal]; break;
-      case tkCurrency: AppendCurrency(str, voc); break;
+      case tkDecimalPoint:
+        str += voc.acChars[fcDecimal];
+        break;
+      case tkCurrency:
+        AppendCurrency(str, voc);
+        break;
       case tkExponent:
         str += (wOp & 1) ? FoldFormatChar(voc.acChars[fcExponent]) : voc.acChars[fcExponent];
         str += voc.acChars[(wOp & 2) ? fcPlus : fcMinus];
         break;
-      case tkPercent: str += voc.acChars[fcPercent]; break;
-      case tkFractionSlash: str += voc.acChars[fcSlash]; break;
+      case tkPercent:
+        str += voc.acChars[fcPercent];
+        break;
+      case tkFractionSlash:
+        str += voc.acChars[fcSlash];
+        break;
       case tkHour2:
       case tkHour1:
       case tkMinute2:
@@ -650,7 +673,9 @@ int CSingleFormat::Unparse(char16_t* pBuf, int nMax, int nParseType) const {
       case tkAmPmS:
       case tkAmPmC:
       case tkAmPmSS:
-      case tkAP: str += voc.astrTimeCodes[w - tkHour2]; break;
+      case tkAP:
+        str += voc.astrTimeCodes[w - tkHour2];
+        break;
       case tkSecond2:
       case tkSecond1:
         str += voc.astrTimeCodes[w - tkHour2];
@@ -675,7 +700,9 @@ int CSingleFormat::Unparse(char16_t* pBuf, int nMax, int nParseType) const {
         for (int k = i + 1; p[k] != 0; ++k) str += static_cast<char16_t>(p[k]);
         str += voc.acChars[fcQuote];
         break;
-      case tkTextValue: str += voc.acChars[fcAt]; break;
+      case tkTextValue:
+        str += voc.acChars[fcAt];
+        break;
       case tkFill:
         str += voc.acChars[fcStar];
         str += static_cast<char16_t>(wOp);
@@ -684,12 +711,18 @@ int CSingleFormat::Unparse(char16_t* pBuf, int nMax, int nParseType) const {
         str += voc.acChars[fcUnderscore];
         if (wOp) str += static_cast<char16_t>(wOp);
         break;
-      case tkDateSep: str += voc.acChars[fcDateSep]; break;
-      case tkTimeSep: str += voc.acChars[fcTimeSep]; break;
+      case tkDateSep:
+        str += voc.acChars[fcDateSep];
+        break;
+      case tkTimeSep:
+        str += voc.acChars[fcTimeSep];
+        break;
       case tkElapsedHours:
       case tkElapsedMinutes:
       case tkElapsedSeconds: {
-        const int nLetter = w == tkElapsedHours ? fcHour : w == tkElapsedMinutes ? fcMinute : fcSecond;
+        const int nLetter = w == tkElapsedHours     ? fcHour
+                            : w == tkElapsedMinutes ? fcMinute
+                                                    : fcSecond;
         str += voc.acChars[fcOpenBracket];
         str.append(std::max<int>(wOp, 1), voc.acChars[nLetter]);
         str += voc.acChars[fcCloseBracket];
@@ -767,9 +800,8 @@ constexpr struct {
   unsigned char bMemory;
   unsigned short wStored;
 } kFlagMap[] = {
-    {CSingleFormat::fPercent, 0x40}, {CSingleFormat::fSpare, 0x20},
-    {CSingleFormat::fFill, 0x10},    {CSingleFormat::fColor, 0x08},
-    {CSingleFormat::fDate, 0x04},    {CSingleFormat::fTime, 0x02},
+    {CSingleFormat::fPercent, 0x40},   {CSingleFormat::fSpare, 0x20}, {CSingleFormat::fFill, 0x10},
+    {CSingleFormat::fColor, 0x08},     {CSingleFormat::fDate, 0x04},  {CSingleFormat::fTime, 0x02},
     {CSingleFormat::fCondition, 0x01},
 };
 }  // namespace
@@ -800,8 +832,8 @@ bool CSingleFormat::SerializeCB(CPelArchive& ar) {
   TDigitGroup aGroups[3];
   for (TDigitGroup& g : aGroups) ar >> g.nCount >> g.wFlags;
   const bool bTypeKnown = nType <= ftText || nType == ftUndetermined;
-  if (ar.IsFailed() || !bTypeKnown || nOperator > opNone || nColorIndex > 8 ||
-      wColorNumber > 55 || (wFlags & ~0x7F) || !std::isfinite(rCondition) ||
+  if (ar.IsFailed() || !bTypeKnown || nOperator > opNone || nColorIndex > 8 || wColorNumber > 55 ||
+      (wFlags & ~0x7F) || !std::isfinite(rCondition) ||
       (wCount == 0 ? nType != ftUndetermined : !IsValidTokenArray(tokens.data(), wCount)))
     return false;
   SetTokens(tokens.data(), wCount);
@@ -819,9 +851,11 @@ bool CSingleFormat::SerializeCB(CPelArchive& ar) {
   for (int i = 0; i + 1 < wCount;) {
     const unsigned short w = tokens[i];
     if (w == tkSecond2 || w == tkSecond1)
-      m_nSecPrecision = static_cast<unsigned char>(std::min<int>(m_nSecPrecision, std::min<int>(tokens[i + 1], 3)));
+      m_nSecPrecision = static_cast<unsigned char>(
+          std::min<int>(m_nSecPrecision, std::min<int>(tokens[i + 1], 3)));
     else if (w == tkElapsedSeconds)
-      m_nSecPrecision = static_cast<unsigned char>(std::min<int>(m_nSecPrecision, std::min<int>(tokens[i + 2], 3)));
+      m_nSecPrecision = static_cast<unsigned char>(
+          std::min<int>(m_nSecPrecision, std::min<int>(tokens[i + 2], 3)));
     i += 1 + FormatTokenOperands(w, tokens.data(), i + 1, wCount);
   }
   return true;

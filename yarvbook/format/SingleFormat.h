@@ -95,11 +95,11 @@ class YARVBOOK_API CSingleFormat {
     tkAmPmC = 40,
     tkAmPmSS = 41,
     tkAP = 42,
-    tkLiteral = 43,      // operand: the character
-    tkQuoted = 44,       // operands: the characters, then 0
-    tkTextValue = 45,    // '@'
-    tkFill = 46,         // operand: the fill character
-    tkSpace = 47,        // operand: the character (0 when '_' ends the text)
+    tkLiteral = 43,    // operand: the character
+    tkQuoted = 44,     // operands: the characters, then 0
+    tkTextValue = 45,  // '@'
+    tkFill = 46,       // operand: the fill character
+    tkSpace = 47,      // operand: the character (0 when '_' ends the text)
     tkDateSep = 48,
     tkTimeSep = 49,
     tkElapsedHours = 50,    // operand: letter count
@@ -110,18 +110,18 @@ class YARVBOOK_API CSingleFormat {
   };
   // Digit groups: 0 integer part, 1 decimals or numerator, 2 exponent or denominator.
   enum EGroupFlag : unsigned short {
-    gfGrouping = 0x02,      // group 0: thousands grouping requested
-    gfDecimalPoint = 0x01,  // group 1: a decimal point was written
-    gfQuestionDenom = 0x01, // group 2: the denominator's first placeholder is '?'
+    gfGrouping = 0x02,       // group 0: thousands grouping requested
+    gfDecimalPoint = 0x01,   // group 1: a decimal point was written
+    gfQuestionDenom = 0x01,  // group 2: the denominator's first placeholder is '?'
   };
   struct TDigitGroup {
     unsigned short nCount;
     unsigned short wFlags;
   };
 
-  static constexpr int kMaxFormatted = 32768;  // characters of formatted text
-  static constexpr int kMaxSectionText = 1024; // characters of one section examined
-  static constexpr int kMaxSpaceChars = 256;   // '_' positions recorded per result
+  static constexpr int kMaxFormatted = 32768;   // characters of formatted text
+  static constexpr int kMaxSectionText = 1024;  // characters of one section examined
+  static constexpr int kMaxSpaceChars = 256;    // '_' positions recorded per result
 
   CSingleFormat();
   CSingleFormat(const CSingleFormat& other);
@@ -145,8 +145,8 @@ class YARVBOOK_API CSingleFormat {
   bool MeetsCriteria(double r) const;
   bool IsNumeric() const { return IsNumericType(m_nType); }
   static bool IsNumericType(int nType) {
-    return nType == ftNumber || nType == ftCurrency || nType == ftPercent ||
-           nType == ftFraction || nType == ftScientific;
+    return nType == ftNumber || nType == ftCurrency || nType == ftPercent || nType == ftFraction ||
+           nType == ftScientific;
   }
   bool IsUsed() const { return m_nType != ftUndetermined; }
   // True when the section shows negatives without a sign of its own making: its
@@ -205,8 +205,7 @@ class YARVBOOK_API CSingleFormat {
   friend class CValFormat;
   // Parse with the condition preset to "otherwise" when bOtherwise; *pbSemicolon tells
   // whether the section ended at a ';' (another section follows).
-  int ParseSection(const char16_t*& pwszText, int nParseType, bool bOtherwise,
-                   bool* pbSemicolon);
+  int ParseSection(const char16_t*& pwszText, int nParseType, bool bOtherwise, bool* pbSemicolon);
   void SetTokens(const unsigned short* pTokens, int nCount);
   // Appends the General text of r (its sign when bShowSign) and records its place.
   void FormatGeneral(double r, int nWidth, bool bShowSign) const;

@@ -26,6 +26,13 @@ static_assert(std::size(kColorRefs) == 8, "one colour per named entry of the col
 
 }  // namespace
 
+CValFormat::CValFormat(const CValFormat& other) : CZelObject() { *this = other; }
+
+CValFormat& CValFormat::operator=(const CValFormat& other) {
+  for (int k = 0; k < kSections; ++k) m_aSections[k] = other.m_aSections[k];
+  return *this;
+}
+
 CValFormat::~CValFormat() = default;
 
 int CValFormat::Parse(const char16_t* pwszText, int* pnErrorPos, int nParseType) {
@@ -52,8 +59,10 @@ int CValFormat::Parse(const char16_t* pwszText, int* pnErrorPos, int nParseType)
   };
   int nAppend = -1;
   if (n == 1) {
-    if (!hasCondition(0)) setCondition(0, CSingleFormat::opOtherwise);
-    else nAppend = 1;
+    if (!hasCondition(0))
+      setCondition(0, CSingleFormat::opOtherwise);
+    else
+      nAppend = 1;
   } else if (n == 2 || (n == 3 && s[2].m_nType == CSingleFormat::ftText)) {
     const bool bLastOtherwise = s[n - 1].m_nOperator == CSingleFormat::opOtherwise;
     if (!hasCondition(0) && !hasCondition(1)) {
@@ -63,8 +72,8 @@ int CValFormat::Parse(const char16_t* pwszText, int* pnErrorPos, int nParseType)
       setCondition(0, CSingleFormat::opGreater);
       if (!bLastOtherwise) nAppend = n;
     } else if (!hasCondition(1)) {
-      const bool bNonNegative = s[0].m_nOperator == CSingleFormat::opGreaterEqual &&
-                                s[0].m_rCondition == 0;
+      const bool bNonNegative =
+          s[0].m_nOperator == CSingleFormat::opGreaterEqual && s[0].m_rCondition == 0;
       setCondition(1, bNonNegative ? CSingleFormat::opLess : CSingleFormat::opOtherwise);
     } else if (!bLastOtherwise) {
       nAppend = n;
@@ -99,7 +108,14 @@ void CValFormat::Clear() {
 
 CValFormat* CValFormat::Clone() const { return new CValFormat(*this); }
 
-void CValFormat::Copy(const CValFormat& other) { *this = other; }
+void CValFormat::Copy(const CZelObject* pSrc) {
+  if (const auto* pFormat = dynamic_cast<const CValFormat*>(pSrc)) *this = *pFormat;
+}
+
+int CValFormat::Compare(const CZelObject* pOther) const {
+  const auto* pFormat = dynamic_cast<const CValFormat*>(pOther);
+  return pFormat ? Compare(*pFormat) : 1;
+}
 
 int CValFormat::Compare(const CValFormat& other) const {
   for (int k = 0; k < kSections; ++k) {
@@ -115,8 +131,10 @@ int CValFormat::Compare(const CValFormat& other) const {
 
 void CValFormat::SetAutoMilliseconds(bool bOn) {
   for (CSingleFormat& s : m_aSections) {
-    if (bOn) s.m_bFlags |= CSingleFormat::fAutoMilliseconds;
-    else s.m_bFlags &= static_cast<unsigned char>(~CSingleFormat::fAutoMilliseconds);
+    if (bOn)
+      s.m_bFlags |= CSingleFormat::fAutoMilliseconds;
+    else
+      s.m_bFlags &= static_cast<unsigned char>(~CSingleFormat::fAutoMilliseconds);
   }
 }
 
@@ -125,8 +143,8 @@ std::u16string CValFormat::Unparse(int nParseType) const {
   std::u16string strSection(CSingleFormat::kMaxFormatted, u'\0');
   for (int k = 0; k < kSections && m_aSections[k].IsUsed(); ++k) {
     if (k > 0) str += u';';
-    const int n = m_aSections[k].Unparse(strSection.data(), CSingleFormat::kMaxFormatted,
-                                         nParseType);
+    const int n =
+        m_aSections[k].Unparse(strSection.data(), CSingleFormat::kMaxFormatted, nParseType);
     str.append(strSection.data(), n);
   }
   return str;

@@ -7,11 +7,12 @@
 #include <string>
 
 #include "base/Export.h"
+#include "base/ZelObject.h"
 #include "format/SingleFormat.h"
 
 class CPelArchive;
 
-class YARVBOOK_API CValFormat {
+class YARVBOOK_API CValFormat : public CZelObject {
  public:
   static constexpr int kSections = 4;
 
@@ -22,9 +23,10 @@ class YARVBOOK_API CValFormat {
   };
 
   CValFormat() = default;
-  CValFormat(const CValFormat& other) = default;
-  CValFormat& operator=(const CValFormat& other) = default;
-  virtual ~CValFormat();
+  // Copies the sections only: the object-root state is not a format's content.
+  CValFormat(const CValFormat& other);
+  CValFormat& operator=(const CValFormat& other);
+  ~CValFormat() override;
 
   // Parses a whole format (up to four sections separated by ';') and fills in the
   // implicit conditions and sections. Returns 1 on success; 0 on failure, when
@@ -35,12 +37,17 @@ class YARVBOOK_API CValFormat {
   int NewFormat(const std::u16string& strText);
 
   // Unused sections everywhere.
-  virtual void Clear();
+  void Clear() override;
   // A new copy, owned by the caller.
-  virtual CValFormat* Clone() const;
-  virtual void Copy(const CValFormat& other);
+  CValFormat* Clone() const override;
+  // pSrc must be a CValFormat (or derived); anything else leaves this format alone.
+  void Copy(const CZelObject* pSrc) override;
+  void Copy(const CValFormat& other) { *this = other; }
   // 0 when the sections are equal, else nonzero (section by section, ordered).
-  virtual int Compare(const CValFormat& other) const;
+  int Compare(const CZelObject* pOther) const override;
+  int Compare(const CValFormat& other) const;
+  // No section in use.
+  bool IsEmpty() const override { return !m_aSections[0].IsUsed(); }
 
   // Sets or clears the automatic-milliseconds mark in all four sections: a seconds
   // code written without fraction digits then shows the milliseconds when there are any.

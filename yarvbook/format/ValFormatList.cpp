@@ -22,8 +22,8 @@ void CValFormatList::InitDefValFormats() {
       (void)pFormat->Parse(u"General", nullptr, ptEnglishFile);
     m_Formats[n] = std::move(pFormat);
   }
-  const char16_t* apwszQuick[] = {CQuickLocalFormat::kDateTimeText,
-                                  CQuickLocalFormat::kDateText, CQuickLocalFormat::kTimeText};
+  const char16_t* apwszQuick[] = {CQuickLocalFormat::kDateTimeText, CQuickLocalFormat::kDateText,
+                                  CQuickLocalFormat::kTimeText};
   for (int k = 0; k < 3; ++k) (void)m_aQuick[k].Create(apwszQuick[k]);
 }
 
@@ -48,15 +48,24 @@ CSingleFormat::EType CValFormatList::GetValFormatType(int nIndex) const {
 
 int CValFormatList::GetStandardFormat(CSingleFormat::EType nType, bool bDecimals) {
   switch (nType) {
-    case CSingleFormat::ftNumber: return bDecimals ? 4 : 3;
-    case CSingleFormat::ftCurrency: return bDecimals ? 7 : 5;
-    case CSingleFormat::ftPercent: return bDecimals ? 10 : 9;
-    case CSingleFormat::ftFraction: return 12;
-    case CSingleFormat::ftScientific: return 11;
-    case CSingleFormat::ftDate: return 14;
-    case CSingleFormat::ftTime: return 21;
-    case CSingleFormat::ftText: return 49;
-    default: return 0;
+    case CSingleFormat::ftNumber:
+      return bDecimals ? 4 : 3;
+    case CSingleFormat::ftCurrency:
+      return bDecimals ? 7 : 5;
+    case CSingleFormat::ftPercent:
+      return bDecimals ? 10 : 9;
+    case CSingleFormat::ftFraction:
+      return 12;
+    case CSingleFormat::ftScientific:
+      return 11;
+    case CSingleFormat::ftDate:
+      return 14;
+    case CSingleFormat::ftTime:
+      return 21;
+    case CSingleFormat::ftText:
+      return 49;
+    default:
+      return 0;
   }
 }
 
