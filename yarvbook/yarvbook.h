@@ -3,6 +3,7 @@
 
 #include "base/Export.h"
 #include "base/Version.h"
+#include "format/DateTime.h"
 #include "platform/Clock.h"
 #include "platform/CodePage.h"
 #include "platform/GlobalMemory.h"
