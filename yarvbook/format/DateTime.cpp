@@ -94,7 +94,7 @@ constexpr TLocaleExtras kLocaleExtras[] = {
     {"zh", "TW", u"年月日", u"時分秒", kRepublicOfChinaEras, std::size(kRepublicOfChinaEras),
      u"上午", u"下午"},
     {"zh", nullptr, u"年月日", u"时分秒", nullptr, 0, u"上午", u"下午"},
-    {"ko", nullptr, u"년월일", u"시분초", nullptr, 0, u"오전", u"오후"},
+    {"ko", nullptr, u"년월일.", u"시분초", nullptr, 0, u"오전", u"오후"},
     {"de", nullptr, u"", u"", nullptr, 0, u"vorm.", u"nachm."},
     {"en", nullptr, u"", u"", nullptr, 0, u"a.m.", u"p.m."},
 };
@@ -407,8 +407,10 @@ bool MatchPattern(const unsigned char* aElements, const char16_t* p, const TConv
       }
       case elTimeSep: {
         const char16_t c = Fold(*p);
-        if (c == u':' || IsLocaleSeparator(conv, c, true)) {
+        if (c == u':') {
           ++p;
+        } else if (IsLocaleSeparator(conv, c, true)) {
+          p = SkipBlanks(p + 1);  // "13시 30분": a closing mark may be followed by a blank
         } else if (StartsWith(p, conv.strTimeSep)) {
           p += conv.strTimeSep.size();
         } else {
