@@ -8,6 +8,8 @@
 
 #include "platform/Clock.h"
 #include "platform/Locale.h"
+#include "platform/ResourceIds.h"
+#include "platform/Resources.h"
 #include "platform/TextServices.h"
 
 namespace {
@@ -75,8 +77,7 @@ constexpr TEra kRepublicOfChinaEras[] = {
 };
 
 // What the locale data lacks: the CJK characters that close a year, month or day
-// (and an hour, minute or second) when dates are written with them, the era table,
-// and a further pair of AM/PM designators as people type them.
+// (and an hour, minute or second) when dates are written with them, and the eras.
 struct TLocaleExtras {
   const char* pszLanguage;
   const char* pszRegion;  // null: any region
@@ -84,19 +85,13 @@ struct TLocaleExtras {
   const char16_t* pwszTimeMarks;
   const TEra* pEras;
   int nEras;
-  const char16_t* pwszAm;
-  const char16_t* pwszPm;
 };
 
 constexpr TLocaleExtras kLocaleExtras[] = {
-    {"ja", nullptr, u"年月日", u"時分秒", kJapaneseEras, std::size(kJapaneseEras), u"午前",
-     u"午後"},
-    {"zh", "TW", u"年月日", u"時分秒", kRepublicOfChinaEras, std::size(kRepublicOfChinaEras),
-     u"上午", u"下午"},
-    {"zh", nullptr, u"年月日", u"时分秒", nullptr, 0, u"上午", u"下午"},
-    {"ko", nullptr, u"년월일.", u"시분초", nullptr, 0, u"오전", u"오후"},
-    {"de", nullptr, u"", u"", nullptr, 0, u"vorm.", u"nachm."},
-    {"en", nullptr, u"", u"", nullptr, 0, u"a.m.", u"p.m."},
+    {"ja", nullptr, u"年月日", u"時分秒", kJapaneseEras, std::size(kJapaneseEras)},
+    {"zh", "TW", u"年月日", u"時分秒", kRepublicOfChinaEras, std::size(kRepublicOfChinaEras)},
+    {"zh", nullptr, u"年月日", u"时分秒", nullptr, 0},
+    {"ko", nullptr, u"년월일.", u"시분초", nullptr, 0},
 };
 
 // The extras of a BCP 47 or ICU locale name ("ja-JP", "zh_TW", "zh-Hant-TW"), or null.
@@ -487,10 +482,9 @@ TConventions MakeConventions(int nParseType) {
     conv.apwszAm[2] = locale.strAm.c_str();
     conv.apwszPm[2] = locale.strPm.c_str();
   }
-  if (const TLocaleExtras* pExtras = FindLocaleExtras(locale.strName)) {
-    conv.apwszAm[3] = pExtras->pwszAm;
-    conv.apwszPm[3] = pExtras->pwszPm;
-  }
+  // The host's localized designators, where its resources have them.
+  conv.apwszAm[3] = LoadResourceString(IDS_AM);
+  conv.apwszPm[3] = LoadResourceString(IDS_PM);
   return conv;
 }
 
