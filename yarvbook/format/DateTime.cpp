@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "platform/Clock.h"
@@ -95,15 +96,15 @@ constexpr TLocaleExtras kLocaleExtras[] = {
 };
 
 // The extras of a BCP 47 or ICU locale name ("ja-JP", "zh_TW", "zh-Hant-TW"), or null.
-const TLocaleExtras* FindLocaleExtras(const std::string& strName) {
+const TLocaleExtras* FindLocaleExtras(std::string_view strName) {
   const size_t nLanguageEnd = strName.find_first_of("-_");
-  const std::string strLanguage = strName.substr(0, nLanguageEnd);
+  const std::string_view strLanguage = strName.substr(0, nLanguageEnd);
   for (const TLocaleExtras& extras : kLocaleExtras) {
     if (strLanguage != extras.pszLanguage) continue;
     if (extras.pszRegion == nullptr) return &extras;
-    if (nLanguageEnd == std::string::npos) continue;
-    const std::string strRest = strName.substr(nLanguageEnd);
-    if (strRest.find(extras.pszRegion) != std::string::npos) return &extras;
+    if (nLanguageEnd == std::string_view::npos) continue;
+    if (strName.substr(nLanguageEnd).find(extras.pszRegion) != std::string_view::npos)
+      return &extras;
   }
   return nullptr;
 }
@@ -205,7 +206,8 @@ struct TConventions {
   std::u16string strDateSep;  // the locale's separators without blanks; empty in English
   std::u16string strTimeSep;
   const TLocaleSettings* pLocale = nullptr;  // null in English
-  const char16_t* apwszAm[4] = {};           // null entries are skipped
+  const TLocaleExtras* pExtras = nullptr;
+  const char16_t* apwszAm[4] = {};  // null entries are skipped
   const char16_t* apwszPm[4] = {};
 };
 
@@ -328,8 +330,18 @@ bool StartsWith(const char16_t* p, const std::u16string& str) {
   return true;
 }
 
+// The locale's own punctuation, where it is not a universal separator, may also close
+// the text ("1.2.2000." in German), and so may the CJK marks of its extras.
+bool IsSeparatorOf(const TLocaleSettings& locale, const TLocaleExtras* pExtras, char16_t c,
+                   bool bTime) {
+  if (c == 0 || IsBlank(c)) return false;
+  const std::u16string& strSep = bTime ? locale.strTimeSep : locale.strDateSep;
+  if (c != u'/' && c != u'-' && c != u':' && strSep.find(c) != std::u16string::npos) return true;
+  return pExtras != nullptr && Contains(bTime ? pExtras->pwszTimeMarks : pExtras->pwszDateMarks, c);
+}
+
 bool IsLocaleSeparator(const TConventions& conv, char16_t c, bool bTime) {
-  return !conv.bEnglish && CDateTime::IsValidSeparator(c, bTime);
+  return conv.pLocale != nullptr && IsSeparatorOf(*conv.pLocale, conv.pExtras, c, bTime);
 }
 
 bool IsMonthNameElement(unsigned char nElement) {
@@ -473,6 +485,7 @@ TConventions MakeConventions(int nParseType) {
   const TLocaleSettings& locale = GetLocaleSettings();
   conv.bEnglish = false;
   conv.pLocale = &locale;
+  conv.pExtras = FindLocaleExtras(locale.strName);
   conv.nDateOrder = locale.nDateOrder;
   conv.bAmPmFirst = locale.bAmPmFirst;
   conv.cDecimal = locale.cDecimal;
@@ -852,14 +865,7 @@ double CDateTime::GetCurrentDateTime() {
 double CDateTime::GetCurrentDate() { return std::floor(GetCurrentDateTime()); }
 
 bool CDateTime::IsValidSeparator(char16_t c, bool bTime) {
-  if (c == 0 || IsBlank(c)) return false;
-  const TLocaleSettings& locale = GetLocaleSettings();
-  // The locale's own punctuation, where it is not a universal separator, may also
-  // close the text: "1.2.2000." in German.
-  const std::u16string& strSep = bTime ? locale.strTimeSep : locale.strDateSep;
-  if (c != u'/' && c != u'-' && c != u':' && strSep.find(c) != std::u16string::npos) return true;
-  const TLocaleExtras* pExtras = CurrentLocaleExtras();
-  return pExtras != nullptr && Contains(bTime ? pExtras->pwszTimeMarks : pExtras->pwszDateMarks, c);
+  return IsSeparatorOf(GetLocaleSettings(), CurrentLocaleExtras(), c, bTime);
 }
 
 int CDateTime::StringToDateTime(const char16_t* pwszText, int& nFormatIndex, int nParseType) {
