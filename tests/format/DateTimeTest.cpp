@@ -330,6 +330,18 @@ TEST_F(DateTimeTest, RoundSecondsCarries) {
   }
 }
 
+TEST_F(DateTimeTest, CopyTakesFieldsAndSerial) {
+  const CDateTime source(36526.75);
+  CDateTime target;
+  const CZelObject* pSource = &source;
+  target.Copy(pSource);
+  ExpectDate(target, 2000, 1, 1);
+  ExpectTime(target, 18, 0, 0, 0);
+  EXPECT_EQ(6, target.GetHour12());
+  EXPECT_EQ(7, target.GetWeekday());
+  EXPECT_EQ(36526.75, target.GetDateTime());
+}
+
 TEST_F(DateTimeTest, TotalsCountFromSerialZero) {
   CDateTime dt(1.5);
   EXPECT_EQ(36, dt.TotalHours());

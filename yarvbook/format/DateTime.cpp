@@ -525,6 +525,24 @@ CDateTime::CDateTime()
 
 CDateTime::CDateTime(double rSerial) : CDateTime() { NumberToDateTime(rSerial); }
 
+CDateTime::CDateTime(const CDateTime& other) : CZelObject() { *this = other; }
+
+CDateTime& CDateTime::operator=(const CDateTime& other) {
+  m_nMonth = other.m_nMonth;
+  m_nDay = other.m_nDay;
+  m_nWeekday = other.m_nWeekday;
+  m_nYear = other.m_nYear;
+  m_nHour = other.m_nHour;
+  m_nHour12 = other.m_nHour12;
+  m_nMinute = other.m_nMinute;
+  m_nSecond = other.m_nSecond;
+  m_nMillisecond = other.m_nMillisecond;
+  m_rSerial = other.m_rSerial;
+  return *this;
+}
+
+void CDateTime::Copy(const CZelObject* pSrc) { *this = *static_cast<const CDateTime*>(pSrc); }
+
 void CDateTime::SetDate(short nMonth, short nDay, short nYear) {
   m_nMonth = nMonth;
   m_nDay = nDay;

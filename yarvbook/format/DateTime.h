@@ -10,8 +10,9 @@
 #pragma once
 
 #include "base/Export.h"
+#include "base/ZelObject.h"
 
-class YARVBOOK_API CDateTime {
+class YARVBOOK_API CDateTime : public CZelObject {
  public:
   // Day-count bases of YearPortion, numbered as the YEARFRAC function numbers them.
   enum EBasis : int {
@@ -27,6 +28,11 @@ class YARVBOOK_API CDateTime {
   // Holds rSerial and fills the fields from it; when rSerial is not a valid serial
   // the fields stay zero.
   explicit CDateTime(double rSerial);
+  // A date is a plain value: copies take the fields and the serial.
+  CDateTime(const CDateTime& other);
+  CDateTime& operator=(const CDateTime& other);
+  // pSrc is a CDateTime.
+  void Copy(const CZelObject* pSrc) override;
 
   // Field setters: no conversion, no range check. SetTime also sets the 12-hour field.
   void SetDate(short nMonth, short nDay, short nYear);
