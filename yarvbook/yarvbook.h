@@ -22,6 +22,7 @@
 #include "base/ZelMemFile.h"
 #include "base/ZelObArray.h"
 #include "base/ZelObject.h"
+#include "format/DateTime.h"
 #include "platform/Archive.h"
 #include "format/BuiltInFormats.h"
 #include "format/FormatSubstitution.h"
