@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "format/DateTime.h"
 #include "format/FormatVocabulary.h"
 #include "format/SingleFormat.h"
 #include "format/ValFormat.h"
@@ -157,57 +158,22 @@ struct TTimeParts {
   double rTotalMs;  // from serial 0, after rounding
 };
 
-void DaysToDate(long long nDays, TTimeParts& t) {
-  if (nDays <= 0) {
-    t.nYear = 1900;
-    t.nMonth = 1;
-    t.nDay = 0;
-    t.nWeekday = 7;
-    return;
-  }
-  t.nWeekday = static_cast<int>((nDays - 1) % 7) + 1;
-  if (nDays <= 60) {  // 1900 counts 29 February
-    t.nYear = 1900;
-    t.nMonth = nDays <= 31 ? 1 : 2;
-    t.nDay = static_cast<int>(nDays <= 31 ? nDays : nDays - 31);
-    return;
-  }
-  // From serial 61 (1 March 1900) on, serials count real days: serial 25569 is
-  // 1 January 1970, which lies 719468 days after 1 March of year 0.
-  const long long z = nDays - 25569 + 719468;
-  const long long era = z / 146097;
-  const long long doe = z - era * 146097;
-  const long long yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  long long y = yoe + era * 400;
-  const long long doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  const long long mp = (5 * doy + 2) / 153;
-  t.nDay = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
-  t.nMonth = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
-  if (t.nMonth <= 2) ++y;
-  t.nYear = static_cast<int>(y);
-}
-
+// Splits a serial through CDateTime, with the seconds rounded to the shown precision
+// and the carry taken into the minutes, hours and the date.
 bool SplitSerial(double r, int nDecimals, TTimeParts& t) {
-  if (!(r >= 0 && r < 2958466)) return false;
-  const double rHalfMs = 0.5 / 86400000.0;
-  long long nDays = static_cast<long long>(r + rHalfMs);
-  long long nMs = static_cast<long long>((r + rHalfMs - nDays) * 86400000.0);
-  if (nMs >= 86400000) nMs = 86399999;
-  if (nDecimals < 3) {
-    const long long nStep = nDecimals == 0 ? 1000 : nDecimals == 1 ? 100 : 10;
-    nMs = (nMs + nStep / 2) / nStep * nStep;
-    if (nMs >= 86400000) {
-      nMs -= 86400000;
-      ++nDays;
-    }
-  }
-  DaysToDate(nDays, t);
-  t.nHour = static_cast<int>(nMs / 3600000);
-  t.nMinute = static_cast<int>(nMs / 60000 % 60);
-  t.nSecond = static_cast<int>(nMs / 1000 % 60);
-  t.nMillisecond = static_cast<int>(nMs % 1000);
-  t.rTotalMs = static_cast<double>(nDays) * 86400000.0 + static_cast<double>(nMs);
-  return true;
+  CDateTime dt;
+  if (!dt.NumberToDateTime(r)) return false;
+  dt.RoundSeconds(nDecimals);
+  t.nYear = dt.GetYear();
+  t.nMonth = dt.GetMonth();
+  t.nDay = dt.GetDay();
+  t.nWeekday = dt.GetWeekday();
+  t.nHour = dt.GetHour();
+  t.nMinute = dt.GetMinute();
+  t.nSecond = dt.GetSecond();
+  t.nMillisecond = dt.GetMillisecond();
+  t.rTotalMs = dt.TotalSeconds() * 1000.0 + t.nMillisecond;
+  return t.nMonth >= 1 && t.nMonth <= 12 && t.nWeekday >= 1 && t.nWeekday <= 7;
 }
 
 void AppendNumber(long long n, int nMinDigits) {
