@@ -25,7 +25,7 @@ test: debug
 	@if [ -x scripts/fuzz_smoke.sh ]; then scripts/fuzz_smoke.sh; fi
 
 bench: release
-	@if [ -x build/release/bench/yarvbook_bench ]; then build/release/bench/yarvbook_bench; fi
+	@for b in build/release/bench/yarvbook_bench_*; do [ -x "$$b" ] && "$$b"; done; true
 
 fuzz: deps
 	cmake --preset fuzz >/dev/null

@@ -1,11 +1,22 @@
 // libYarvBook: the whole public interface in one include.
 #pragma once
 
+#include "base/A1Text.h"
+#include "base/Cell.h"
+#include "base/Cell3d.h"
 #include "base/Export.h"
+#include "base/Range.h"
+#include "base/Range3d.h"
+#include "base/RangeIterator.h"
+#include "base/Rect.h"
+#include "base/Region.h"
 #include "base/Version.h"
+#include "platform/Archive.h"
 #include "platform/Clock.h"
 #include "platform/CodePage.h"
+#include "platform/File.h"
 #include "platform/GlobalMemory.h"
 #include "platform/Locale.h"
+#include "platform/ResourceIds.h"
 #include "platform/Resources.h"
 #include "platform/TextServices.h"

@@ -11,6 +11,7 @@ struct YARVBOOK_API TLocaleSettings {
   enum EDateOrder : int { doMonthDayYear = 0, doDayMonthYear = 1, doYearMonthDay = 2 };
 
   std::string strName;      // BCP 47 tag as selected, e.g. "en-US"
+  std::string strIcuName;   // the same locale as ICU names it, e.g. "en_US"
   unsigned short nLcid;     // Windows locale id, e.g. 0x0409
   unsigned nCodePage;       // active ANSI code page: 1252, 949, 932, ...
   char16_t cDecimal;        // "." or ","
