@@ -379,8 +379,12 @@ TEST_F(ValueTest, CheckLogicalStrictAndLoose) {
     EXPECT_EQ(c.bOk, v.CheckLogical(b, c.bStrict));
     EXPECT_EQ(c.bExpected, b);
     // Strict failures leave the value alone; loose failures leave #VALUE!.
-    if (!c.bOk && c.bStrict) EXPECT_EQ(0, v.CompareExact(c.value));
-    if (!c.bOk && !c.bStrict) EXPECT_EQ(TValue::errValue, v.GetError());
+    if (!c.bOk && c.bStrict) {
+      EXPECT_EQ(0, v.CompareExact(c.value));
+    }
+    if (!c.bOk && !c.bStrict) {
+      EXPECT_EQ(TValue::errValue, v.GetError());
+    }
   }
   TValue v;
   v.SetValue(3.0);
@@ -513,6 +517,7 @@ TEST_F(ValueTest, ImplicitIntersection) {
   ASSERT_TRUE(v.CvtRangeToValue(1, 0, true));
   EXPECT_EQ(u"11", Text(v));
   // Without a base cell a block has no value; a dangling reference is #REF!.
+  g_nBaseRow = g_nBaseCol = -1;
   v.SetRange(m_Sheets.Sheet(), 0, 1, 2, 1);
   EXPECT_FALSE(v.CheckValue());
   EXPECT_EQ(TValue::errValue, v.GetError());
@@ -610,7 +615,9 @@ TEST_F(ValueTest, RkForm) {
     v.SetValue(c.r);
     int nRK = 0;
     EXPECT_EQ(c.bHas, v.GetRK(&nRK));
-    if (c.bHas) EXPECT_EQ(c.nRK, static_cast<unsigned>(nRK));
+    if (c.bHas) {
+      EXPECT_EQ(c.nRK, static_cast<unsigned>(nRK));
+    }
   }
   TValue text;
   text.SetValue(u"1");
