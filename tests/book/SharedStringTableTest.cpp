@@ -1,7 +1,5 @@
 // CSharedStringTable: one buffer per distinct text, counted users, the empty text
 // outside the count, and trailing-blank trimming.
-#include "book/SharedStringTable.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
@@ -9,6 +7,7 @@
 #include <vector>
 
 #include "base/WideString.h"
+#include "book/SharedStringTable.h"
 #include "eval/Value.h"
 
 namespace {
@@ -61,10 +60,10 @@ TEST(SharedStringTableTest, MakeRTrimedLen) {
     int nExpected;
   };
   constexpr TCase kCases[] = {
-      {u"   ", 3, 0},       {u"a \t", 3, 1},  {u"a\x01", 2, 1},  // control characters go
-      {u"a!", 2, 2},        // code 33 stays
-      {u"ab  ", 2, 2},      // only the given length is looked at
-      {u"x", 0, 0},         {u"x", -4, -4},  // non-positive lengths come back unchanged
+      {u"   ", 3, 0},  {u"a \t", 3, 1}, {u"a\x01", 2, 1},  // control characters go
+      {u"a!", 2, 2},                                       // code 33 stays
+      {u"ab  ", 2, 2},                                     // only the given length is looked at
+      {u"x", 0, 0},    {u"x", -4, -4},  // non-positive lengths come back unchanged
   };
   for (const TCase& c : kCases) {
     EXPECT_EQ(c.nExpected, CSharedStringTable::MakeRTrimedLen(c.pwszText, c.nLen)) << c.nLen;
@@ -77,7 +76,8 @@ TEST(SharedStringTableTest, CountsMatchAModel) {
   CSharedStringTable table;
   std::mt19937 rng(7);
   std::vector<std::u16string> texts;
-  for (int i = 0; i < 20; ++i) texts.push_back(u"t" + std::u16string(static_cast<size_t>(i % 7), u'x') + char16_t(u'a' + i));
+  for (int i = 0; i < 20; ++i)
+    texts.push_back(u"t" + std::u16string(static_cast<size_t>(i % 7), u'x') + char16_t(u'a' + i));
   std::vector<int> users(texts.size(), 0);
   std::vector<const char16_t*> ptrs(texts.size(), nullptr);
   for (int step = 0; step < 2000; ++step) {

@@ -11,8 +11,8 @@
 namespace {
 
 // Built-in formats proposed by the text's shape (format table indexes).
-constexpr int kNone = 0, kThou = 3, kThouDec = 4, kCur = 5, kCurDec = 7, kPct = 9,
-              kPctDec = 10, kSci = 11, kFrac = 12, kFrac2 = 13;
+constexpr int kNone = 0, kThou = 3, kThouDec = 4, kCur = 5, kCurDec = 7, kPct = 9, kPctDec = 10,
+              kSci = 11, kFrac = 12, kFrac2 = 13;
 // Cell format types that change the reading.
 constexpr int kTypePercent = 5, kTypeFraction = 6, kTypeScientific = 7;
 
@@ -92,7 +92,7 @@ TEST_F(StringToRealTest, EnglishNumberShapes) {
       {u"00012", 12, kNone},
       {u"123456789012345678901234567890", 1.2345678901234568e29, kNone},
       {u"0.000000000000000000000000000001", 1e-30, kNone},
-      {u"1e-400", 0, kSci},  // below the smallest double: zero
+      {u"1e-400", 0, kSci},          // below the smallest double: zero
       {u"\uFF11\uFF12", 12, kNone},  // full-width digits
   };
   ExpectNumbers(kCases, std::size(kCases), 0);
@@ -109,12 +109,11 @@ TEST_F(StringToRealTest, AutoPercentSwitch) {
 
 TEST_F(StringToRealTest, EnglishFailures) {
   const char16_t* const kTexts[] = {
-      u"",        u"   ",      u"abc",      u"1,23",     // a group must be three digits
-      u"1,2345",  u",123",     u"1.234,567",  // grouping after the decimal separator
-      u"1.2.3",   u"-(5)",     u"((5))",    u"--5",      u"-$-5",     u"(5",
-      u"5)",      u"$5$",      u"5%%",      u"1e",       u"1e+",      u"1e5e5",
-      u"1E400",   u"$",        u".",        u"-",        u"5 5",
-      u"1 1/0",   u"#FORMULA!", u"#bogus",  u"TRUE1",
+      u"",       u"   ",  u"abc",       u"1,23",  // a group must be three digits
+      u"1,2345", u",123", u"1.234,567",           // grouping after the decimal separator
+      u"1.2.3",  u"-(5)", u"((5))",     u"--5",   u"-$-5",      u"(5",     u"5)",
+      u"$5$",    u"5%%",  u"1e",        u"1e+",   u"1e5e5",     u"1E400",  u"$",
+      u".",      u"-",    u"5 5",       u"1 1/0", u"#FORMULA!", u"#bogus", u"TRUE1",
   };
   ExpectFailures(kTexts, std::size(kTexts), 0);
 }
@@ -127,8 +126,10 @@ TEST_F(StringToRealTest, LogicalAndErrorTexts) {
     int nValue;
   };
   const TCase kCases[] = {
-      {u"true", 0, TValue::vtLogical, 1},       {u" False ", 0, TValue::vtLogical, 0},
-      {u"TRUE", 1, TValue::vtLogical, 1},       {u"#n/a", 0, TValue::vtError, TValue::errNA},
+      {u"true", 0, TValue::vtLogical, 1},
+      {u" False ", 0, TValue::vtLogical, 0},
+      {u"TRUE", 1, TValue::vtLogical, 1},
+      {u"#n/a", 0, TValue::vtError, TValue::errNA},
       {u"#DIV/0!", 0, TValue::vtError, TValue::errDiv0},
       {u"#null!", 0, TValue::vtError, TValue::errNull},
   };

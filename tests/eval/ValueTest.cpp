@@ -1,7 +1,5 @@
 // TValue: the storage-flag rules, ownership, errors, argument checks with their
 // bounds, implicit intersection, ordering and the RK form.
-#include "eval/Value.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -13,6 +11,7 @@
 #include "base/Range.h"
 #include "base/Region.h"
 #include "book/SharedStringTable.h"
+#include "eval/Value.h"
 #include "platform/Locale.h"
 
 namespace {
@@ -196,9 +195,9 @@ TEST_F(ValueTest, ErrorCodesMapBothWays) {
     const char16_t* pwszText;
   };
   constexpr TCase kCases[] = {
-      {TValue::errNull, 0, u"#NULL!"},   {TValue::errDiv0, 7, u"#DIV/0!"},
+      {TValue::errNull, 0, u"#NULL!"},    {TValue::errDiv0, 7, u"#DIV/0!"},
       {TValue::errValue, 15, u"#VALUE!"}, {TValue::errRef, 23, u"#REF!"},
-      {TValue::errName, 29, u"#NAME?"},  {TValue::errNum, 36, u"#NUM!"},
+      {TValue::errName, 29, u"#NAME?"},   {TValue::errNum, 36, u"#NUM!"},
       {TValue::errNA, 42, u"#N/A"},
   };
   for (const TCase& c : kCases) {
@@ -267,15 +266,24 @@ TEST_F(ValueTest, IntegerChecksHaveExactBounds) {
     int nExpected;
   };
   constexpr TCase kCases[] = {
-      {kInt, 2147483647.0, true, 2147483647},     {kInt, 2147483647.9, true, 2147483647},
-      {kInt, 2147483648.0, false, 0},             {kInt, -2147483648.0, true, -2147483647 - 1},
-      {kInt, -2147483648.5, false, 0},            {kInt, -1.9, true, -1},
-      {kShort, 32767.5, true, 32767},             {kShort, 32768.0, false, 0},
-      {kShort, -32768.0, true, -32768},           {kShort, -32768.1, false, 0},
-      {kUShort, 32767.0, true, 32767},            {kUShort, 32768.0, false, 0},
-      {kUShort, 0.0, true, 0},                    {kUShort, -0.5, false, 0},
-      {kUShort, 65535.0, false, 0},               {kWord, 32767.9, true, 32767},
-      {kWord, 32768.0, false, 0},                 {kWord, -1.0, false, 0},
+      {kInt, 2147483647.0, true, 2147483647},
+      {kInt, 2147483647.9, true, 2147483647},
+      {kInt, 2147483648.0, false, 0},
+      {kInt, -2147483648.0, true, -2147483647 - 1},
+      {kInt, -2147483648.5, false, 0},
+      {kInt, -1.9, true, -1},
+      {kShort, 32767.5, true, 32767},
+      {kShort, 32768.0, false, 0},
+      {kShort, -32768.0, true, -32768},
+      {kShort, -32768.1, false, 0},
+      {kUShort, 32767.0, true, 32767},
+      {kUShort, 32768.0, false, 0},
+      {kUShort, 0.0, true, 0},
+      {kUShort, -0.5, false, 0},
+      {kUShort, 65535.0, false, 0},
+      {kWord, 32767.9, true, 32767},
+      {kWord, 32768.0, false, 0},
+      {kWord, -1.0, false, 0},
   };
   for (const TCase& c : kCases) {
     SCOPED_TRACE(testing::Message() << "kind " << c.kind << " value " << c.r);
@@ -598,13 +606,13 @@ TEST_F(ValueTest, RkForm) {
     unsigned nRK;
   };
   constexpr TCase kCases[] = {
-      {1.0, true, 0x3FF00000},           // high word only
-      {-2.5, true, 0xC0040000},          // high word only
-      {100.0, true, 0x40590000},         // high word only, before the integer form
+      {1.0, true, 0x3FF00000},    // high word only
+      {-2.5, true, 0xC0040000},   // high word only
+      {100.0, true, 0x40590000},  // high word only, before the integer form
       {123456789.0, true, 123456789u << 2 | 2},
       {536870911.0, true, 536870911u << 2 | 2},
-      {536870912.0, true, 0x41C00000},   // 2^29: high word only
-      {536870913.0, false, 0},           // one past 30 signed bits, low word in use
+      {536870912.0, true, 0x41C00000},  // 2^29: high word only
+      {536870913.0, false, 0},          // one past 30 signed bits, low word in use
       {-536870912.0, true, 0xC1C00000},
       {-536870913.0, false, 0},
       {0.1, false, 0},
@@ -630,10 +638,16 @@ TEST_F(ValueTest, ValueText) {
     const char16_t* pwszText;
   };
   constexpr TCase kCases[] = {
-      {0.1 + 0.2, u"0.3"},       {1e20, u"1E+20"},          {-1.5e-7, u"-1.5E-07"},
-      {123456789012345.0, u"123456789012345"},             {1e15, u"1E+15"},
-      {0.0001, u"0.0001"},       {0.00001, u"1E-05"},       {-0.0, u"0"},
-      {2.0 / 3, u"0.666666666666667"},                     {1234567890123456789.0, u"1.23456789012346E+18"},
+      {0.1 + 0.2, u"0.3"},
+      {1e20, u"1E+20"},
+      {-1.5e-7, u"-1.5E-07"},
+      {123456789012345.0, u"123456789012345"},
+      {1e15, u"1E+15"},
+      {0.0001, u"0.0001"},
+      {0.00001, u"1E-05"},
+      {-0.0, u"0"},
+      {2.0 / 3, u"0.666666666666667"},
+      {1234567890123456789.0, u"1.23456789012346E+18"},
   };
   for (const TCase& c : kCases) {
     TValue v;

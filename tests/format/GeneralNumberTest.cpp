@@ -1,12 +1,12 @@
 // The General rule: 15 significant digits, fixed notation from 1E-04 up to below
 // 1E+15, exponent notation outside.
-#include "format/GeneralNumber.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <string>
+
+#include "format/GeneralNumber.h"
 
 namespace {
 
@@ -29,14 +29,14 @@ TEST(GeneralNumberTest, FixedAndExponentNotation) {
       {1.0 / 3, u"0.333333333333333"},
       {-2.5, u"-2.5"},
       {100, u"100"},
-      {999999999999999.0, u"999999999999999"},   // 15 digits: still fixed
-      {1e15, u"1E+15"},                          // exponent 15: switches
-      {9999999999999999.0, u"1E+16"},            // rounds up to 16 digits
+      {999999999999999.0, u"999999999999999"},  // 15 digits: still fixed
+      {1e15, u"1E+15"},                         // exponent 15: switches
+      {9999999999999999.0, u"1E+16"},           // rounds up to 16 digits
       {1e20, u"1E+20"},
       {1.5e300, u"1.5E+300"},
-      {0.0001, u"0.0001"},                       // exponent -4: fixed
+      {0.0001, u"0.0001"},  // exponent -4: fixed
       {0.00012345, u"0.00012345"},
-      {0.000099999, u"9.9999E-05"},              // exponent -5: switches
+      {0.000099999, u"9.9999E-05"},  // exponent -5: switches
       {1e-7, u"1E-07"},
       {4.9e-324, u"4.94065645841247E-324"},
       {123456.7890123456789, u"123456.789012346"},

@@ -43,8 +43,8 @@ const char16_t* CSharedStringTable::AddString(const char16_t* pwszText, int nLen
     return it->data();
   }
 
-  void* pBlock = ::operator new(sizeof(TEntryHead) + (static_cast<size_t>(nLen) + 1) * 2,
-                                std::nothrow);
+  void* pBlock =
+      ::operator new(sizeof(TEntryHead) + (static_cast<size_t>(nLen) + 1) * 2, std::nothrow);
   if (pBlock == nullptr) CZelException::ThrowMemory();
   auto* pHead = static_cast<TEntryHead*>(pBlock);
   pHead->nLength = nLen;

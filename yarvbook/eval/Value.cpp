@@ -24,7 +24,8 @@ static_assert(sizeof(void*) != 8 || sizeof(TValue) == 24,
 
 // Keep in step with TValue::TError.
 const char16_t* const TValue::m_pErrorStrings[TValue::errLast + 1] = {
-    nullptr, u"#NULL!", u"#DIV/0!", u"#VALUE!", u"#REF!", u"#NAME?", u"#NUM!", u"#N/A", u"#FORMULA!",
+    nullptr,   u"#NULL!", u"#DIV/0!", u"#VALUE!",   u"#REF!",
+    u"#NAME?", u"#NUM!",  u"#N/A",    u"#FORMULA!",
 };
 
 bool TValue::m_sbMakeAutoPercentValue = true;
@@ -343,8 +344,8 @@ void TValue::SetValue(CSheetBase* pSheet, const TCell& cell1, const TCell& cell2
   SetRange(pSheet, cell1.row, cell1.col, cell2.row, cell2.col);
 }
 
-void TValue::SetRange3d(CBookBase* pBook, int nSheet1, int nRow1, int nCol1, int nSheet2,
-                        int nRow2, int nCol2) {
+void TValue::SetRange3d(CBookBase* pBook, int nSheet1, int nRow1, int nCol1, int nSheet2, int nRow2,
+                        int nCol2) {
   SetRange(nullptr, nRow1, nCol1, nRow2, nCol2);
   m_vt = vtRange3d;
   m_u.ref.pSheet = pBook;
@@ -593,15 +594,14 @@ bool TValue::GetRK(int* pnRK) const {
   }
   const double r = m_u.r;
   if (r >= -536870912.0 && r <= 536870911.0 && r == std::trunc(r)) {
-    if (pnRK != nullptr) *pnRK = static_cast<int>(static_cast<uint32_t>(static_cast<int>(r)) << 2 | 2);
+    if (pnRK != nullptr)
+      *pnRK = static_cast<int>(static_cast<uint32_t>(static_cast<int>(r)) << 2 | 2);
     return true;
   }
   return false;
 }
 
-bool TValue::IsZero() const {
-  return m_vt == vtEmpty || (m_vt == vtReal && m_u.r == 0);
-}
+bool TValue::IsZero() const { return m_vt == vtEmpty || (m_vt == vtReal && m_u.r == 0); }
 
 bool TValue::IsValidReal() const { return m_vt == vtReal && std::isfinite(m_u.r); }
 
@@ -651,8 +651,7 @@ int TValue::CompareExact(const TValue& other) const {
     case vtRange:
     case vtRange3d:
       return m_u.ref.pSheet == other.m_u.ref.pSheet && m_u.ref.wRow1 == other.m_u.ref.wRow1 &&
-                     m_u.ref.wRow2 == other.m_u.ref.wRow2 &&
-                     m_u.ref.bCol1 == other.m_u.ref.bCol1 &&
+                     m_u.ref.wRow2 == other.m_u.ref.wRow2 && m_u.ref.bCol1 == other.m_u.ref.bCol1 &&
                      m_u.ref.bCol2 == other.m_u.ref.bCol2 && m_wSheet1 == other.m_wSheet1 &&
                      m_wSheet2 == other.m_wSheet2
                  ? 0

@@ -74,10 +74,13 @@ class YARVBOOK_API TValue {
   // A copy is a new holder: its shared-string flag is clear and it owns private
   // copies of text, region and array.
   TValue(const TValue& src);
+  // Takes payload and flag together (a counted text stays counted); never allocates.
   TValue(TValue&& src) noexcept;
   // Copies the payload by the holder rules: text private, added to or shared from the
   // string table per the two flags; arrays and regions deep; this value's flag stays.
   TValue& operator=(const TValue& src);
+  // CopyAndClearSource. When the text must be copied between the table and a private
+  // buffer and memory runs out, this becomes #VALUE! instead of throwing.
   TValue& operator=(TValue&& src) noexcept;
   ~TValue() { Clear(vtEmpty); }
 
@@ -241,8 +244,8 @@ class YARVBOOK_API TValue {
   int Check2Reals();
   int CheckReals(int nCount);
   // CheckReal, then the bounds (on the untruncated number), then truncation toward 0.
-  int CheckInt(int& nOut);    // -2147483648 .. 2147483647
-  int CheckLong(int& nOut);   // the same
+  int CheckInt(int& nOut);      // -2147483648 .. 2147483647
+  int CheckLong(int& nOut);     // the same
   int CheckShort(short& nOut);  // -32768 .. 32767
   // 0 .. 32767, not 65535: callers read row and column counts through these and rely
   // on 32768 failing with #VALUE!.
@@ -315,7 +318,7 @@ class YARVBOOK_API TValue {
   union TPayload {
     double r;
     const char16_t* pText;  // owned, or a string-table entry when m_bSST is set
-    int nInt;         // Logical (0 or 1) and Error
+    int nInt;               // Logical (0 or 1) and Error
     TRefPayload ref;
     struct {
       void* pSheet;

@@ -21,14 +21,11 @@ struct TLogicalTexts {
 // The words spreadsheets use for the logical values, by the locale's language.
 // Languages not listed use the English words.
 constexpr TLogicalTexts kLogicalTexts[] = {
-    {"cs", u"PRAVDA", u"NEPRAVDA"},   {"da", u"SAND", u"FALSK"},
-    {"de", u"WAHR", u"FALSCH"},       {"es", u"VERDADERO", u"FALSO"},
-    {"fi", u"TOSI", u"EPÄTOSI"},      {"fr", u"VRAI", u"FAUX"},
-    {"hu", u"IGAZ", u"HAMIS"},        {"it", u"VERO", u"FALSO"},
-    {"nb", u"SANN", u"USANN"},        {"nl", u"WAAR", u"ONWAAR"},
-    {"pl", u"PRAWDA", u"FAŁSZ"},      {"pt", u"VERDADEIRO", u"FALSO"},
-    {"ru", u"ИСТИНА", u"ЛОЖЬ"},       {"sv", u"SANT", u"FALSKT"},
-    {"tr", u"DOĞRU", u"YANLIŞ"},
+    {"cs", u"PRAVDA", u"NEPRAVDA"}, {"da", u"SAND", u"FALSK"},   {"de", u"WAHR", u"FALSCH"},
+    {"es", u"VERDADERO", u"FALSO"}, {"fi", u"TOSI", u"EPÄTOSI"}, {"fr", u"VRAI", u"FAUX"},
+    {"hu", u"IGAZ", u"HAMIS"},      {"it", u"VERO", u"FALSO"},   {"nb", u"SANN", u"USANN"},
+    {"nl", u"WAAR", u"ONWAAR"},     {"pl", u"PRAWDA", u"FAŁSZ"}, {"pt", u"VERDADEIRO", u"FALSO"},
+    {"ru", u"ИСТИНА", u"ЛОЖЬ"},     {"sv", u"SANT", u"FALSKT"},  {"tr", u"DOĞRU", u"YANLIŞ"},
 };
 
 // Texts the host set; empty while it has set none. Function-local, so that a value
@@ -41,8 +38,8 @@ std::u16string& HostLogicalText(bool bValue) {
 const TLogicalTexts* FindLocaleLogicalTexts() {
   const std::string& strName = GetLocaleSettings().strName;
   const size_t nLangLen = strName.find_first_of("-_");
-  const std::string_view lang(strName.data(), nLangLen == std::string::npos ? strName.size()
-                                                                             : nLangLen);
+  const std::string_view lang(strName.data(),
+                              nLangLen == std::string::npos ? strName.size() : nLangLen);
   for (const TLogicalTexts& t : kLogicalTexts) {
     if (lang == t.pszLanguage) return &t;
   }

@@ -16,15 +16,15 @@ struct TParsedText {
 
 // Built-in format indexes that text shapes propose. Keep in step with the built-in
 // format table.
-constexpr int kFmtThousands = 3;         // #,##0
-constexpr int kFmtThousandsDec = 4;      // #,##0.00
-constexpr int kFmtCurrency = 5;          // currency, no decimals
-constexpr int kFmtCurrencyDec = 7;       // currency with decimals
-constexpr int kFmtPercent = 9;           // 0%
-constexpr int kFmtPercentDec = 10;       // 0.00%
-constexpr int kFmtScientific = 11;       // 0.00E+00
-constexpr int kFmtFraction = 12;         // # ?/?
-constexpr int kFmtFractionTwoDigit = 13; // # ??/??
+constexpr int kFmtThousands = 3;          // #,##0
+constexpr int kFmtThousandsDec = 4;       // #,##0.00
+constexpr int kFmtCurrency = 5;           // currency, no decimals
+constexpr int kFmtCurrencyDec = 7;        // currency with decimals
+constexpr int kFmtPercent = 9;            // 0%
+constexpr int kFmtPercentDec = 10;        // 0.00%
+constexpr int kFmtScientific = 11;        // 0.00E+00
+constexpr int kFmtFraction = 12;          // # ?/?
+constexpr int kFmtFractionTwoDigit = 13;  // # ??/??
 
 // Section types of a cell's number format that change how text is read. Keep in
 // step with CSingleFormat::EType.
