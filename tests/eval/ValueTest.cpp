@@ -186,6 +186,31 @@ TEST_F(ValueTest, ArraysAndRegionsCopyDeep) {
   EXPECT_NE(region, regionCopy);
 }
 
+// A value replaced by one of its own elements reads the element before freeing it.
+TEST_F(ValueTest, AssignFromOwnElement) {
+  for (bool bSST : {false, true}) {
+    SCOPED_TRACE(bSST);
+    TValue arr;
+    arr.SetSST(bSST);
+    arr.ResizeArray(1, 2);
+    arr.SetArrayString(0, 0, u"first");
+    arr.SetArrayNumber(0, 1, 2.0);
+    TValue copy(arr);
+    arr = *arr.GetArrayValue(0, 0);
+    EXPECT_EQ(u"first", Text(arr));
+    EXPECT_EQ(bSST, CSharedStringTable::GetGlobal().IsSSTString(arr.TextPtr()));
+    copy.SetSST(bSST);
+    ASSERT_TRUE(copy.CvtArrayValToValue());
+    EXPECT_EQ(u"first", Text(copy));
+    EXPECT_EQ(bSST, CSharedStringTable::GetGlobal().IsSSTString(copy.TextPtr()));
+    TValue third;
+    third.ResizeArray(1, 2);
+    third.SetArrayNumber(0, 1, 7.0);
+    third.CopyAndClearSource(*third.GetArrayValue(0, 1));
+    EXPECT_EQ(u"7", Text(third));
+  }
+}
+
 // ---- Errors ----
 
 TEST_F(ValueTest, ErrorCodesMapBothWays) {

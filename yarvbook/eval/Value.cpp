@@ -177,35 +177,44 @@ void TValue::AssignFrom(const TValue& src) {
     }
     case vtRegion: {
       TRegion* pRegion = NewRegion(src.m_u.region.pRegion);
+      void* pSheet = src.m_u.region.pSheet;
       Clear(vtRegion);
-      m_u.region.pSheet = src.m_u.region.pSheet;
+      m_u.region.pSheet = pSheet;
       m_u.region.pRegion = pRegion;
       return;
     }
-    default:
+    default: {
+      // src may be an element of this value's array, which Clear frees: read first.
+      const TPayload u = src.m_u;  // a Real's eight bytes as they stand
+      const unsigned short wSheet1 = src.m_wSheet1, wSheet2 = src.m_wSheet2;
       Clear(src.m_vt);
-      m_u = src.m_u;  // a Real's eight bytes as they stand
-      m_wSheet1 = src.m_wSheet1;
-      m_wSheet2 = src.m_wSheet2;
+      m_u = u;
+      m_wSheet1 = wSheet1;
+      m_wSheet2 = wSheet2;
       return;
+    }
   }
 }
 
 void TValue::StealFrom(TValue& src) {
-  Clear(src.m_vt);
-  m_u = src.m_u;
-  m_wSheet1 = src.m_wSheet1;
-  m_wSheet2 = src.m_wSheet2;
+  // src is emptied before Clear, which may free the array that src belongs to.
+  const TPayload u = src.m_u;
+  const unsigned short wSheet1 = src.m_wSheet1, wSheet2 = src.m_wSheet2;
+  const TValType vt = src.m_vt;
   src.m_u = {};
   src.m_wSheet1 = src.m_wSheet2 = 0;
   src.m_vt = vtEmpty;
+  Clear(vt);
+  m_u = u;
+  m_wSheet1 = wSheet1;
+  m_wSheet2 = wSheet2;
 }
 
 void TValue::CopyAndClearSource(TValue& src) {
   if (this == &src) return;
   if (src.m_vt == vtText && m_bSST != src.m_bSST) {
-    AssignFrom(src);
-    src.Clear();
+    TValue moved(std::move(src));  // keeps its flag; src may lie in this value's array
+    AssignFrom(moved);
     return;
   }
   StealFrom(src);
@@ -536,13 +545,20 @@ int TValue::GetValue(char16_t* pBuf, int nCapacity) const {
 }
 
 void TValue::GetValue(std::u16string& str) const {
-  if (m_vt == vtText) {
-    str.assign(m_u.pText);
-    return;
+  switch (m_vt) {
+    case vtText:
+      str.assign(m_u.pText);
+      return;
+    case vtLogical:
+      str.assign(GetLogicalText(m_u.nInt != 0, false));
+      return;
+    default: {
+      char16_t acText[TGeneralNumber::kMaxText];
+      const int n = GetValue(acText, TGeneralNumber::kMaxText);  // numbers and error texts fit
+      str.assign(acText, static_cast<size_t>(n));
+      return;
+    }
   }
-  char16_t acText[64];
-  const int n = GetValue(acText, static_cast<int>(std::size(acText)));
-  str.assign(acText, static_cast<size_t>(n));
 }
 
 bool TValue::GetValue(CSheetBase** ppSheet, TRange* pRange) const {
@@ -859,9 +875,9 @@ int TValue::CheckString() {
   Deref();
   if (m_vt == vtText) return 1;
   if (m_vt == vtError) return 0;
-  char16_t acText[64];
-  const int n = GetValue(acText, static_cast<int>(std::size(acText)));
-  SetValue(acText, n);
+  std::u16string str;
+  GetValue(str);
+  SetValue(str.c_str(), static_cast<int>(str.size()));
   return 1;
 }
 
@@ -1028,9 +1044,7 @@ int TValue::CvtArrayValToValue() {
     SetError(errValue);
     return 0;
   }
-  TValue first;
-  first.StealFrom(m_u.array.pElems[0]);
-  CopyAndClearSource(first);
+  CopyAndClearSource(m_u.array.pElems[0]);  // re-homes a text for a shared holder
   return 1;
 }
 
