@@ -45,8 +45,9 @@ int TextLength(const char16_t* p) {
   return n;
 }
 
-// A private copy of nLen characters, or null when memory is exhausted. The empty text
-// is the shared g_wszEmpty, never allocated and never freed.
+// A private copy of nLen characters, or null when memory is exhausted. new[] as in
+// StringNewW, so the two families mix. The empty text is the shared g_wszEmpty,
+// never allocated and never freed.
 const char16_t* NewPrivateText(const char16_t* pwszText, int nLen) {
   if (nLen == 0) return g_wszEmpty;
   auto* p = new (std::nothrow) char16_t[static_cast<size_t>(nLen) + 1];
