@@ -21,8 +21,8 @@ run: release
 	build/release/cli/yarvbook --help
 
 test: debug
-	ctest --preset debug
 	@if [ -x scripts/fuzz_smoke.sh ]; then scripts/fuzz_smoke.sh; fi
+	ctest --preset debug
 
 bench: release
 	@for b in build/release/bench/yarvbook_bench_*; do [ -x "$$b" ] && "$$b"; done; true

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "FormatCommand.h"
 #include "yarvbook.h"
 
 namespace {
@@ -10,6 +11,8 @@ constexpr const char kUsage[] =
     "usage: yarvbook COMMAND [ARGS...]\n"
     "\n"
     "Commands:\n"
+    "  format [--locale TAG] FORMAT VALUE...\n"
+    "                     print each value rendered through the number format\n"
     "  --version          print the library version\n"
     "  --help             print this text\n";
 
@@ -25,6 +28,7 @@ int main(int argc, char** argv) {
     std::printf("yarvbook %s\n", YarvBookVersion());
     return 0;
   }
+  if (std::strcmp(pszCommand, "format") == 0) return RunFormatCommand(argc - 2, argv + 2);
   if (std::strcmp(pszCommand, "--help") == 0 || std::strcmp(pszCommand, "-h") == 0) {
     std::fputs(kUsage, stdout);
     return 0;
