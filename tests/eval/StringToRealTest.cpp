@@ -6,6 +6,7 @@
 #include <string>
 
 #include "eval/Value.h"
+#include "format/SingleFormat.h"
 #include "platform/Locale.h"
 
 namespace {
@@ -14,7 +15,8 @@ namespace {
 constexpr int kNone = 0, kThou = 3, kThouDec = 4, kCur = 5, kCurDec = 7, kPct = 9, kPctDec = 10,
               kSci = 11, kFrac = 12, kFrac2 = 13;
 // Cell format types that change the reading.
-constexpr int kTypePercent = 5, kTypeFraction = 6, kTypeScientific = 7;
+constexpr int kTypePercent = CSingleFormat::ftPercent, kTypeFraction = CSingleFormat::ftFraction,
+              kTypeScientific = CSingleFormat::ftScientific;
 
 struct TNumberCase {
   const char16_t* pwszText;
@@ -111,7 +113,7 @@ TEST_F(StringToRealTest, EnglishFailures) {
   const char16_t* const kTexts[] = {
       u"",       u"   ",  u"abc",       u"1,23",  // a group must be three digits
       u"1,2345", u",123", u"1.234,567",           // grouping after the decimal separator
-      u"1.2.3",  u"-(5)", u"((5))",     u"--5",   u"-$-5",      u"(5",     u"5)",
+      u"1..2",   u"-(5)", u"((5))",     u"--5",   u"-$-5",      u"(5",     u"5)",
       u"$5$",    u"5%%",  u"1e",        u"1e+",   u"1e5e5",     u"1E400",  u"$",
       u".",      u"-",    u"5 5",       u"1 1/0", u"#FORMULA!", u"#bogus", u"TRUE1",
   };
@@ -168,6 +170,24 @@ TEST_F(StringToRealTest, Fractions) {
       return str;
     }());
   }
+}
+
+// Dates and times come last, after every number form failed; serials by hand:
+// 1 January 2020 is 43831.
+TEST_F(StringToRealTest, DatesAndTimes) {
+  const TNumberCase kCases[] = {
+      {u"1/2/2020", 43832, 14},
+      {u"2-Jan-2020", 43832, 15},
+      {u"10:30", 0.4375, 20},
+      {u"1/2/2020 6:00", 43832.25, 22},
+  };
+  ExpectNumbers(kCases, std::size(kCases), 0);
+  const char16_t* const kTexts[] = {u"13/13/2020", u"10:30 x"};
+  ExpectFailures(kTexts, std::size(kTexts), 0);
+
+  ASSERT_TRUE(SetLocale("de-DE"));
+  const TNumberCase kGerman[] = {{u"2.1.2020", 43832, 14}};
+  ExpectNumbers(kGerman, std::size(kGerman), 0);
 }
 
 TEST_F(StringToRealTest, GermanNotation) {

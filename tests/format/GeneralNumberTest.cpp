@@ -1,4 +1,4 @@
-// The General rule: 15 significant digits, fixed notation from 1E-04 up to below
+// The General rule: 15 significant digits, fixed notation from 1E-09 up to below
 // 1E+15, exponent notation outside.
 #include <gtest/gtest.h>
 
@@ -34,10 +34,11 @@ TEST(GeneralNumberTest, FixedAndExponentNotation) {
       {9999999999999999.0, u"1E+16"},           // rounds up to 16 digits
       {1e20, u"1E+20"},
       {1.5e300, u"1.5E+300"},
-      {0.0001, u"0.0001"},  // exponent -4: fixed
+      {0.0001, u"0.0001"},
       {0.00012345, u"0.00012345"},
-      {0.000099999, u"9.9999E-05"},  // exponent -5: switches
-      {1e-7, u"1E-07"},
+      {1e-9, u"0.000000001"},   // exponent -9: still fixed
+      {9.99e-10, u"9.99E-10"},  // exponent -10: switches
+      {-1.23456789012345e-9, u"-0.00000000123456789012345"},
       {4.9e-324, u"4.94065645841247E-324"},
       {123456.7890123456789, u"123456.789012346"},
       {-0.000123456789012345678, u"-0.000123456789012346"},
@@ -49,7 +50,8 @@ TEST(GeneralNumberTest, FixedAndExponentNotation) {
 
 TEST(GeneralNumberTest, DecimalSeparatorAndLimits) {
   EXPECT_EQ(u"1,5", General(1.5, u','));
-  EXPECT_EQ(u"1,5E-07", General(1.5e-7, u','));
+  EXPECT_EQ(u"1,5E-10", General(1.5e-10, u','));
+  EXPECT_EQ(u"0,00000015", General(1.5e-7, u','));
   EXPECT_EQ(u"", General(std::numeric_limits<double>::infinity()));
   EXPECT_EQ(u"", General(std::nan("")));
 
@@ -70,8 +72,8 @@ TEST(GeneralNumberTest, DecompositionAndPrecision) {
   char16_t acBuf[TGeneralNumber::kMaxText];
   const int n = num.Write(acBuf, TGeneralNumber::kMaxText);
   EXPECT_EQ(u"1.2346E+05", std::u16string(acBuf, static_cast<size_t>(n)));
-  // Every power of ten from 1E-10 to 1E+20 reads back as the same double.
-  for (int e = -10; e <= 20; ++e) {
+  // Every power of ten from 1E-12 to 1E+20 reads back as the same double.
+  for (int e = -12; e <= 20; ++e) {
     const double r = std::pow(10.0, e);
     const std::u16string text = General(r);
     std::string ascii(text.begin(), text.end());

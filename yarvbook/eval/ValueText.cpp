@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "format/DateTime.h"
 #include "platform/Locale.h"
 #include "platform/TextServices.h"
 
@@ -294,7 +295,7 @@ bool ParseNumberSyntax(const char16_t* p, const TSymbols& sym, int nCellFormatTy
   if (bNegative || bParen) r = -r;
   if (bPercent) {
     r /= 100;
-  } else if (nCellFormatType == kTypePercent && TValue::m_sbMakeAutoPercentValue) {
+  } else if (nCellFormatType == CSingleFormat::ftPercent && TValue::m_sbMakeAutoPercentValue) {
     r /= 100;
   }
 
@@ -305,7 +306,7 @@ bool ParseNumberSyntax(const char16_t* p, const TSymbols& sym, int nCellFormatTy
   else if (bCurrency)
     out.nFormat = bDecimal ? kFmtCurrencyDec : kFmtCurrency;
   else if (bExponent)
-    out.nFormat = nCellFormatType == kTypeScientific ? 0 : kFmtScientific;
+    out.nFormat = nCellFormatType == CSingleFormat::ftScientific ? 0 : kFmtScientific;
   else if (bGrouped)
     out.nFormat = bDecimal ? kFmtThousandsDec : kFmtThousands;
   else
@@ -337,7 +338,7 @@ bool ParseFraction(const char16_t* p, const char16_t* pEnd, const TSymbols& sym,
     rWhole = rFirst;
     p = q;
     ReadDigits(p, rNum);
-  } else if (sym.cFractionSlash != u'/' || nCellFormatType == kTypeFraction) {
+  } else if (sym.cFractionSlash != u'/' || nCellFormatType == CSingleFormat::ftFraction) {
     rNum = rFirst;
   } else {
     return false;
@@ -356,9 +357,16 @@ bool ParseFraction(const char16_t* p, const char16_t* pEnd, const TSymbols& sym,
   return true;
 }
 
-// Step 13, dates and times. Reading dates belongs to CDateTime; until it is wired
-// here no text reads as a date.
-bool ParseDateTime(const char16_t*, int, TParsedText&) { return false; }
+// Step 13: dates and times, with the built-in format that matches their shape.
+bool ParseDateTime(const char16_t* pwszText, int nParseType, TParsedText& out) {
+  CDateTime dt;
+  int nFormat = 0;
+  if (!dt.StringToDateTime(pwszText, nFormat, nParseType)) return false;
+  out.vt = TValue::vtReal;
+  out.r = dt.GetDateTime();
+  out.nFormat = nFormat;
+  return true;
+}
 
 }  // namespace
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "eval/Value.h"
+#include "format/SingleFormat.h"
 
 // What a text reads as: a Real, a Logical or an Error, with the built-in number
 // format that matches its shape (0 when none).
@@ -26,14 +27,10 @@ constexpr int kFmtScientific = 11;        // 0.00E+00
 constexpr int kFmtFraction = 12;          // # ?/?
 constexpr int kFmtFractionTwoDigit = 13;  // # ??/??
 
-// Section types of a cell's number format that change how text is read. Keep in
-// step with CSingleFormat::EType.
-constexpr int kTypePercent = 5;
-constexpr int kTypeFraction = 6;
-constexpr int kTypeScientific = 7;
-
 // Parse types 1 and 2 read the English notation; every other value the locale's.
-inline bool IsEnglishParseType(int nParseType) { return nParseType == 1 || nParseType == 2; }
+inline bool IsEnglishParseType(int nParseType) {
+  return nParseType == ptEnglish || nParseType == ptEnglishFile;
+}
 
 // Reads the whole of pwszText (zero-terminated). False when it is none of the forms.
 bool ParseValueText(const char16_t* pwszText, int nCellFormatType, int nParseType,

@@ -69,7 +69,7 @@ bool TGeneralNumber::Set(double r, int nPrecision) {
 }
 
 bool TGeneralNumber::IsScientific() const {
-  return m_nExponent < -4 || m_nExponent >= m_nPrecision;
+  return m_nExponent < kMinFixedExponent || m_nExponent >= m_nPrecision;
 }
 
 int TGeneralNumber::WriteScientific(char16_t* pBuf, int nCapacity, char16_t cDecimal) const {
@@ -87,8 +87,8 @@ int TGeneralNumber::WriteScientific(char16_t* pBuf, int nCapacity, char16_t cDec
 
 int TGeneralNumber::Write(char16_t* pBuf, int nCapacity, char16_t cDecimal) const {
   if (IsScientific()) return WriteScientific(pBuf, nCapacity, cDecimal);
-  // Fixed notation: the exponent lies in -4 .. precision - 1, so the text is at most
-  // a sign, "0." and four zeros, and 17 digits.
+  // Fixed notation: the exponent lies in kMinFixedExponent .. precision - 1, so the
+  // text is at most a sign, "0." and eight zeros, and 17 digits.
   char16_t acText[kMaxText];
   int n = 0;
   if (m_bNegative) acText[n++] = u'-';

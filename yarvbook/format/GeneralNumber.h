@@ -1,6 +1,6 @@
 // TGeneralNumber: a number as the General format shows it: at most 15 significant
-// digits, fixed notation for ordinary magnitudes, exponent notation ("1E+20",
-// "1.5E-07") for very large and very small ones. The value-to-text conversion of
+// digits, fixed notation from 1E-09 up to below 1E+15, exponent notation ("1E+20",
+// "1.5E-10") outside. The value-to-text conversion of
 // TValue writes numbers through here, and the number-format renderer builds its
 // General sections on the same decomposition, so both always agree.
 #pragma once
@@ -11,8 +11,9 @@ class YARVBOOK_API TGeneralNumber {
  public:
   // Significant digits of the General rule; a double carries 15 reliable ones.
   static constexpr int kPrecision = 15;
-  // Longest text Write can produce: sign, 15 digits, a decimal separator, up to 4
-  // leading zeros after it, or an exponent part "E-308". 32 leaves room to spare.
+  // Smallest decimal exponent written in fixed notation ("0.000000001").
+  static constexpr int kMinFixedExponent = -9;
+  // Longest text Write can produce: sign, "0.", 8 leading zeros and 17 digits.
   static constexpr int kMaxText = 32;
 
   TGeneralNumber() = default;
@@ -22,10 +23,10 @@ class YARVBOOK_API TGeneralNumber {
   // when r is not finite.
   bool Set(double r, int nPrecision = kPrecision);
 
-  // Writes the number: exponent notation when the decimal exponent is below -4 or at
-  // least the precision given to Set, else fixed notation; cDecimal is the decimal
-  // separator. Writes at most nCapacity - 1 characters and a terminator; returns the
-  // length written, or 0 when nCapacity cannot hold the whole text.
+  // Writes the number: exponent notation when the decimal exponent is below
+  // kMinFixedExponent or at least the precision given to Set, else fixed notation; cDecimal is the
+  // decimal separator. Writes at most nCapacity - 1 characters and a terminator; returns the length
+  // written, or 0 when nCapacity cannot hold the whole text.
   int Write(char16_t* pBuf, int nCapacity, char16_t cDecimal = u'.') const;
 
   // The number in exponent notation whatever its magnitude ("1.5E+00").
