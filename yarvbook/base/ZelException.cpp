@@ -1,0 +1,3 @@
+#include "base/ZelException.h"
+
+void CZelException::ThrowMemory() { throw CZelException(errMemory); }
