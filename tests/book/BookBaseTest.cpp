@@ -1,11 +1,10 @@
 // The book list, sheet naming and the recalculation flags as seen from the book.
-#include "book/BookBase.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "BookFixture.h"
+#include "book/BookBase.h"
 
 namespace {
 
@@ -96,9 +95,9 @@ TEST(BookRecalc, ReentryReturnsZeroAndChangesNothing) {
   EXPECT_EQ(0, book.m_nInner);
   EXPECT_EQ(1, book.m_nObjects);  // the inner call ran no cycle
   EXPECT_FALSE(book.IsRecalculating());
-  EXPECT_EQ(0, book.GetRecalcState() & (CBookBase::kStOrderInvalid |
-                                        CBookBase::kStOrderInvalidFull |
-                                        CBookBase::kStNeedsRecalc));
+  EXPECT_EQ(0,
+            book.GetRecalcState() & (CBookBase::kStOrderInvalid | CBookBase::kStOrderInvalidFull |
+                                     CBookBase::kStNeedsRecalc));
 }
 
 TEST(BookRecalc, MinimalRecalcSwitch) {
@@ -111,8 +110,8 @@ TEST(BookRecalc, MinimalRecalcSwitch) {
                 CBookBase::kStOrderInvalidFull,
             book.GetRecalcState());
   EXPECT_EQ(0, book.CheckFormulasOrder());
-  EXPECT_EQ(0, book.GetRecalcState() &
-                   (CBookBase::kStOrderInvalid | CBookBase::kStOrderInvalidFull));
+  EXPECT_EQ(0,
+            book.GetRecalcState() & (CBookBase::kStOrderInvalid | CBookBase::kStOrderInvalidFull));
   book.InvalidateFormulasOrder(1);
   book.InvalidateFormulasOrder(0);  // a pending full request stays
   EXPECT_TRUE(book.GetRecalcState() & CBookBase::kStOrderInvalidFull);

@@ -1,10 +1,9 @@
 // Iterators: holes skipped, rows cut at their last cell, region filters, filling.
-#include "book/BookIterator.h"
-
 #include <utility>
 #include <vector>
 
 #include "BookFixture.h"
+#include "book/BookIterator.h"
 #include "book/BookIteratorForEvaluate.h"
 #include "book/BookIteratorSheets.h"
 #include "book/BookIteratorWithFill.h"
@@ -70,9 +69,9 @@ TEST_F(IteratorTest, EvaluateWalkSkipsHiddenRowsAndEmptyCells) {
   m_pSheet->SetRowHidden(1, 1, true);
   CBookIteratorForEvaluate all(m_pSheet, TRange(0, 0, 5, 0), 0);
   EXPECT_EQ(3u, Collect(all).size());
-  CBookIteratorForEvaluate values(m_pSheet, TRange(0, 0, 5, 0),
-                                  CBookIteratorForEvaluate::flSkipHiddenRows |
-                                      CBookIteratorForEvaluate::flValuesOnly);
+  CBookIteratorForEvaluate values(
+      m_pSheet, TRange(0, 0, 5, 0),
+      CBookIteratorForEvaluate::flSkipHiddenRows | CBookIteratorForEvaluate::flValuesOnly);
   EXPECT_EQ((Walk{{0, 0}}), Collect(values));
 }
 

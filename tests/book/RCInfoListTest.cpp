@@ -1,10 +1,10 @@
 // Row and column information lists, cross-checked against a plain per-index model.
-#include "book/RCInfoList.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
 #include <vector>
+
+#include "book/RCInfoList.h"
 
 namespace {
 
@@ -156,8 +156,8 @@ TEST(RCInfoList, ChangeDefSizeMovesMarksNotSizes) {
 TEST(RCInfoList, OutlineParentsAndChildren) {
   CRCInfoList list;
   list.Init(99, 20, false, 10, false);
-  list.IncLevelInfo(10, 19, 1);  // children of summary 20
-  list.IncLevelInfo(12, 14, 1);  // children of summary 15
+  list.IncLevelInfo(10, 19, 1);        // children of summary 20
+  list.IncLevelInfo(12, 14, 1);        // children of summary 15
   EXPECT_EQ(-1, list.FindParent(20));  // level 0
   EXPECT_EQ(20, list.FindParent(10));
   EXPECT_EQ(15, list.FindParent(12));

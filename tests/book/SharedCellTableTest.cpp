@@ -1,10 +1,9 @@
 // Clone on write: shared cells are never changed in place nor deleted by a row, and a
 // cell left with only a format folds back into the shared empty cell of that format.
-#include "book/SharedCellTable.h"
-
 #include "BookFixture.h"
 #include "book/CellRecord.h"
 #include "book/Row.h"
+#include "book/SharedCellTable.h"
 
 namespace {
 
@@ -76,9 +75,9 @@ TEST_F(CellTest, RowNeverDeletesSharedCells) {
   CRow* pRow = m_pSheet->InitRow(0);
   for (int c = 0; c < 6; ++c) pRow->SetCell(c, pShared);
   ASSERT_EQ(0, m_pSheet->SetNumber(TCell(0, 6), 1));
-  pRow->Move(0, 3, 4);   // overwrites shared slots, clears the vacated ones
-  pRow->Delete(0, 1);    // deletes shared slots
-  pRow->Clear(0, 10);    // clears the rest
+  pRow->Move(0, 3, 4);  // overwrites shared slots, clears the vacated ones
+  pRow->Delete(0, 1);   // deletes shared slots
+  pRow->Clear(0, 10);   // clears the rest
   m_pSheet->DeleteRow(0);
   // Still alive and intact: ASan would report a freed cell here.
   EXPECT_TRUE(pShared->IsSCT());

@@ -1,11 +1,10 @@
 // Sheet storage: edge navigation, the used range, naming, row removal and bounds.
-#include "book/SheetBase.h"
-
 #include <string>
 
 #include "BookFixture.h"
 #include "book/CellRecord.h"
 #include "book/Row.h"
+#include "book/SheetBase.h"
 
 namespace {
 
@@ -41,10 +40,9 @@ TEST_F(SheetTest, EdgeNavigationDown) {
       {0, CSheetBase::edDown, 4},      // A1 -> end of the block
       {4, CSheetBase::edDown, 9},      // A5 -> start of the next block, past hidden A7
       {9, CSheetBase::edDown, 65535},  // nothing below: the grid edge
-      {9, CSheetBase::edUp, 4},
-      {4, CSheetBase::edUp, 0},
-      {0, CSheetBase::edUp, 0},        // at the edge: unchanged
-      {7, CSheetBase::edUp, 4},        // empty start: next value upward
+      {9, CSheetBase::edUp, 4},       {4, CSheetBase::edUp, 0},
+      {0, CSheetBase::edUp, 0},  // at the edge: unchanged
+      {7, CSheetBase::edUp, 4},  // empty start: next value upward
   };
   for (const TEdgeCase& c : kCases) {
     SCOPED_TRACE(c.nStartRow * 10 + c.eDir);

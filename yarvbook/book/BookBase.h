@@ -24,19 +24,19 @@ class CSheetBase;
 class YARVBOOK_API CBookBase : public CZelObArray {
  public:
   // Settings byte.
-  static constexpr unsigned char kSetModified = 0x02;       // bit 1
-  static constexpr unsigned char kSetUndoRedoBook = 0x08;   // bit 3
-  static constexpr unsigned char kSetTempBook = 0x10;       // bit 4
-  static constexpr unsigned char kSetAutomatic = 0x20;      // bit 5
-  static constexpr unsigned char kSetMinimal = 0x40;        // bit 6
-  static constexpr unsigned char kSetIteration = 0x80;      // bit 7
+  static constexpr unsigned char kSetModified = 0x02;      // bit 1
+  static constexpr unsigned char kSetUndoRedoBook = 0x08;  // bit 3
+  static constexpr unsigned char kSetTempBook = 0x10;      // bit 4
+  static constexpr unsigned char kSetAutomatic = 0x20;     // bit 5
+  static constexpr unsigned char kSetMinimal = 0x40;       // bit 6
+  static constexpr unsigned char kSetIteration = 0x80;     // bit 7
   // Recalculation state byte.
-  static constexpr unsigned char kStCircular = 0x04;        // bit 2: the last rebuild found a cycle
-  static constexpr unsigned char kStNeedsRecalc = 0x08;     // bit 3
-  static constexpr unsigned char kStRecalcAll = 0x10;       // bit 4
-  static constexpr unsigned char kStOrderInvalid = 0x20;    // bit 5
+  static constexpr unsigned char kStCircular = 0x04;      // bit 2: the last rebuild found a cycle
+  static constexpr unsigned char kStNeedsRecalc = 0x08;   // bit 3
+  static constexpr unsigned char kStRecalcAll = 0x10;     // bit 4
+  static constexpr unsigned char kStOrderInvalid = 0x20;  // bit 5
   static constexpr unsigned char kStOrderInvalidFull = 0x40;  // bit 6
-  static constexpr unsigned char kStRecalculating = 0x80;   // bit 7
+  static constexpr unsigned char kStRecalculating = 0x80;     // bit 7
 
   // At most this many characters in a name made by MakeSheetName.
   static constexpr int kMaxSheetNameBuffer = 4096;
@@ -163,10 +163,8 @@ class YARVBOOK_API CBookBase : public CZelObArray {
   virtual void RecalcObjects() {}
   virtual void NotifyCircularRefs() {}
   virtual void InvalidateRange(CSheetBase* /*pSheet*/, const TCell& /*cell*/, int /*nFlags*/) {}
-  virtual void InvalidateRange(CSheetBase* /*pSheet*/, const TRange& /*range*/,
-                               int /*nFlags*/) {}
-  virtual void InvalidateRange(CSheetBase* /*pSheet*/, const TRegion& /*region*/,
-                               int /*nFlags*/) {}
+  virtual void InvalidateRange(CSheetBase* /*pSheet*/, const TRange& /*range*/, int /*nFlags*/) {}
+  virtual void InvalidateRange(CSheetBase* /*pSheet*/, const TRegion& /*region*/, int /*nFlags*/) {}
   virtual void InvalidateEdit() {}
   virtual void SetColWidthAuto(CSheetBase* /*pSheet*/, int /*nCol1*/, int /*nCol2*/) {}
   virtual void UpdateView(CSheetBase* /*pSheet*/) {}

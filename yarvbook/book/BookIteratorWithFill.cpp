@@ -16,8 +16,8 @@ void CBookIteratorWithFill::FillCell() {
   m_pCell = m_pRow->Cell(m_current.col);
   m_bFilled = m_pCell == nullptr;
   if (!m_bFilled) return;
-  m_pCell = CSharedCellTable::Get().SetEmptyCell(
-      m_pRow, m_current.col, m_pSheet->NewFormat(m_current.row, m_current.col));
+  m_pCell = CSharedCellTable::Get().SetEmptyCell(m_pRow, m_current.col,
+                                                 m_pSheet->NewFormat(m_current.row, m_current.col));
 }
 
 bool CBookIteratorWithFill::SeekInRow(int nCol) {

@@ -2,8 +2,8 @@
 
 #include "book/CellRecord.h"
 
-CBookIteratorWithMergedCells::CBookIteratorWithMergedCells(CSheetBase* pSheet,
-                                                           const TRange& range, int bSkipHidden)
+CBookIteratorWithMergedCells::CBookIteratorWithMergedCells(CSheetBase* pSheet, const TRange& range,
+                                                           int bSkipHidden)
     : CBookIterator(pSheet, range) {
   m_bSkipHidden = bSkipHidden;
 }
@@ -13,8 +13,7 @@ int CBookIteratorWithMergedCells::Start() {
   return CBookIterator::Start();
 }
 
-bool CBookIteratorWithMergedCells::IsCellAccepted(const CCell* pCell, int nRow,
-                                                  int nCol) const {
+bool CBookIteratorWithMergedCells::IsCellAccepted(const CCell* pCell, int nRow, int nCol) const {
   if (!CBookIterator::IsCellAccepted(pCell, nRow, nCol)) return false;
   if (!pCell->IsMerged()) return true;
   const unsigned short wIndex = pCell->GetMergedCellIndex();

@@ -11,6 +11,4 @@ int CBookBase::UpdateFormulasOrder() {
   return 0;
 }
 
-void CBookBase::RecalcAllFormulas() {
-  m_cRecalcState &= static_cast<unsigned char>(~kStRecalcAll);
-}
+void CBookBase::RecalcAllFormulas() { m_cRecalcState &= static_cast<unsigned char>(~kStRecalcAll); }

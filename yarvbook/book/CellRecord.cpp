@@ -32,7 +32,8 @@ namespace {
 //   | TSlab header       | block 1    | block 2    | ...
 //   +--------------------+------------+------------+-----
 constexpr std::size_t kBlockBytes = sizeof(CCell);
-static_assert(kBlockBytes == 24, "a cell is 24 bytes: vtable pointer, payload, kind, flags, indexes");
+static_assert(kBlockBytes == 24,
+              "a cell is 24 bytes: vtable pointer, payload, kind, flags, indexes");
 constexpr std::size_t kSlabBytes = 32768;
 
 struct TFreeBlock {
@@ -40,7 +41,7 @@ struct TFreeBlock {
 };
 
 struct TSlab {
-  TSlab* pPrev;       // in the list of slabs that have room
+  TSlab* pPrev;  // in the list of slabs that have room
   TSlab* pNext;
   TFreeBlock* pFree;  // released blocks of this slab
   int nLive;          // blocks handed out and not released
@@ -212,8 +213,8 @@ void CCell::SetValue(double r) {
 
 void CCell::SetValue(const char16_t* pwszText, int nLength) {
   // Add first: when it throws, the old value stays.
-  const char16_t* pEntry = CSharedStringTable::GetGlobal().AddString(pwszText ? pwszText : u"",
-                                                                     pwszText ? nLength : 0);
+  const char16_t* pEntry =
+      CSharedStringTable::GetGlobal().AddString(pwszText ? pwszText : u"", pwszText ? nLength : 0);
   Reset(TValue::vtText);
   m_u.pText = pEntry;
 }

@@ -2,10 +2,10 @@
 // and a byte of flags. A cell holds a constant (Empty, number, text, logical or
 // error); it keeps it in 16 bytes rather than in a TValue (whose reference payloads
 // a cell never holds), so that a number cell is 24 bytes. Texts are counted entries
-// of the shared string table. TValue is the exchange form: GetValue and SetValue. Cells without a formula are shared between positions through
-// the shared cell table (CSharedCellTable); a shared cell (IsSCT) is owned by the
-// table, never by the rows that point at it, and is never changed in place: every
-// change goes through the table's clone-on-write operations.
+// of the shared string table. TValue is the exchange form: GetValue and SetValue. Cells without a
+// formula are shared between positions through the shared cell table (CSharedCellTable); a shared
+// cell (IsSCT) is owned by the table, never by the rows that point at it, and is never changed in
+// place: every change goes through the table's clone-on-write operations.
 //
 // Cells are allocated from a pool of fixed-size blocks, so that a number cell costs
 // its object and nothing for the allocator: with its row slot, 32 bytes.
@@ -24,12 +24,12 @@ class YARVBOOK_API CCell : public CZelObject {
 
   // Flag bits; stored in files, keep the numbers.
   enum EFlag : unsigned char {
-    flFormula = 0x01,    // a CFormulaCell
-    flArray = 0x02,      // member of an array formula
-    flOpTable = 0x04,    // member of a data table
-    flMemo = 0x08,       // has a memo
-    flBidir = 0x10,      // right-to-left text
-    flShared = 0x20,     // owned by the shared cell table
+    flFormula = 0x01,  // a CFormulaCell
+    flArray = 0x02,    // member of an array formula
+    flOpTable = 0x04,  // member of a data table
+    flMemo = 0x08,     // has a memo
+    flBidir = 0x10,    // right-to-left text
+    flShared = 0x20,   // owned by the shared cell table
   };
 
   CCell() : CCell(kDefaultFormat) {}

@@ -295,8 +295,7 @@ bool CRCInfoList::SetInfo(int nFirst, int nLast, const CRCInfoItem& model) {
 }
 
 bool CRCInfoList::SetInfo(int nFirst, int nLast, unsigned short wSize, unsigned short wFormat,
-                          unsigned short wMergedCellIndex, int nLevel, bool bHidden,
-                          bool bAuto) {
+                          unsigned short wMergedCellIndex, int nLevel, bool bHidden, bool bAuto) {
   CRCInfoItem model(0, 0, wSize, bAuto);
   model.SetDefSize(wSize == m_wDefSize);
   model.SetFormat(wFormat);
@@ -351,8 +350,7 @@ void CRCInfoList::SetNeedsAutoSize(int nFirst, int nLast, bool bOn) {
 }
 
 void CRCInfoList::IncLevelInfo(int nFirst, int nLast, int nDelta) {
-  ModifySpan(nFirst, nLast,
-             [nDelta](CRCInfoItem& r) { r.SetLevel(r.GetLevel() + nDelta); });
+  ModifySpan(nFirst, nLast, [nDelta](CRCInfoItem& r) { r.SetLevel(r.GetLevel() + nDelta); });
 }
 
 void CRCInfoList::ModifyOutlineLevel(int nFirst, int nLast, int nLevel) {
@@ -407,8 +405,8 @@ void CRCInfoList::DoCollapsLevel(int nLevel) {
     }
     p->SetHidden(false);
     // A summary whose children (the index before, of a higher level) are now hidden.
-    const bool bCollapsed = p->m_pPrev && p->m_pPrev->GetLevel() > nLevel &&
-                            p->m_pPrev->GetLevel() > p->GetLevel();
+    const bool bCollapsed =
+        p->m_pPrev && p->m_pPrev->GetLevel() > nLevel && p->m_pPrev->GetLevel() > p->GetLevel();
     p->SetCollapsed(false);
     if (bCollapsed && p->m_nFirst < p->m_nLast) {
       // Only the first index of the run is the summary: split it off.
@@ -443,8 +441,8 @@ void CRCInfoList::Move(int nTo, int nFrom, int nCount) {
   for (const CRCInfoItem* p = GetInfo(nFrom); p && p->m_nFirst <= nFromLast; p = p->m_pNext) {
     auto* pFields = new CRCInfoItem(0, 0, 0, false);
     pFields->CopyFields(*p);
-    pieces.push_back({std::max(p->m_nFirst, nFrom) - nFrom,
-                      std::min(p->m_nLast, nFromLast) - nFrom, pFields});
+    pieces.push_back(
+        {std::max(p->m_nFirst, nFrom) - nFrom, std::min(p->m_nLast, nFromLast) - nFrom, pFields});
   }
   // Vacated and not overwritten: the part of the source outside the destination.
   CRCInfoItem fresh(0, 0, m_wDefSize, false);
@@ -463,12 +461,11 @@ bool CRCInfoList::Verify() const {
   int nExpected = 0, nItems = 0;
   const CRCInfoItem* pPrev = nullptr;
   for (const CRCInfoItem* p = m_pFirst; p; p = p->m_pNext) {
-    if (p->m_pPrev != pPrev || p->m_nFirst != nExpected || p->m_nLast < p->m_nFirst)
-      return false;
+    if (p->m_pPrev != pPrev || p->m_nFirst != nExpected || p->m_nLast < p->m_nFirst) return false;
     nExpected = p->m_nLast + 1;
     pPrev = p;
     ++nItems;
   }
-  return pPrev == m_pLast && nItems == m_nItems && (m_pFirst ? nExpected == m_nLastIndex + 1
-                                                              : m_nLastIndex < 0);
+  return pPrev == m_pLast && nItems == m_nItems &&
+         (m_pFirst ? nExpected == m_nLastIndex + 1 : m_nLastIndex < 0);
 }

@@ -78,8 +78,8 @@ class YARVBOOK_API CRCInfoItem : public CZelObject {
   static constexpr unsigned char kUserDefinedSize = 0x02;
 
   static void SetMark(unsigned char& cByte, unsigned char cMask, bool b) {
-    cByte = b ? static_cast<unsigned char>(cByte | cMask)
-              : static_cast<unsigned char>(cByte & ~cMask);
+    cByte =
+        b ? static_cast<unsigned char>(cByte | cMask) : static_cast<unsigned char>(cByte & ~cMask);
   }
 
   CRCInfoItem* m_pPrev = nullptr;
@@ -106,8 +106,7 @@ class YARVBOOK_API CRCInfoList {
             bool bSizesSet);
   // With bForce both sizes are stored and marked set; otherwise each only while not yet
   // set. With bApplyToItems every run goes back to the default kind (SetDefs).
-  void InitSizes(unsigned short wDefSize, unsigned short wHdrSize, bool bForce,
-                 bool bApplyToItems);
+  void InitSizes(unsigned short wDefSize, unsigned short wHdrSize, bool bForce, bool bApplyToItems);
 
   // The run that holds nIndex, or null outside 0..last index. Moves the cursor there.
   CRCInfoItem* GetInfo(int nIndex) const;

@@ -135,8 +135,7 @@ CCell* CSharedCellTable::ValueSetValue(CRow* pRow, int nCol, CCell** ppCell,
                 [pwszText, nLength](CCell& c) { c.SetValue(pwszText, nLength); });
 }
 
-CCell* CSharedCellTable::ValueSetValue(CRow* pRow, int nCol, CCell** ppCell,
-                                       const TValue* pValue) {
+CCell* CSharedCellTable::ValueSetValue(CRow* pRow, int nCol, CCell** ppCell, const TValue* pValue) {
   return Modify(pRow, nCol, ppCell, [pValue](CCell& c) {
     if (pValue)
       c.SetValue(*pValue);
@@ -145,8 +144,7 @@ CCell* CSharedCellTable::ValueSetValue(CRow* pRow, int nCol, CCell** ppCell,
   });
 }
 
-CCell* CSharedCellTable::ValueSetValue(CRow* pRow, int nCol, CCell** ppCell,
-                                       const TValue& value) {
+CCell* CSharedCellTable::ValueSetValue(CRow* pRow, int nCol, CCell** ppCell, const TValue& value) {
   return ValueSetValue(pRow, nCol, ppCell, &value);
 }
 
@@ -187,9 +185,8 @@ CCell* CSharedCellTable::SetMergedCellIndex(CRow* pRow, int nCol, CCell** ppCell
   return Modify(pRow, nCol, ppCell, [wIndex](CCell& c) { c.SetMergedCellIndex(wIndex); });
 }
 
-int CSharedCellTable::SetAttributeIter(void* pContext, CBookIterator& it,
-                                       TCellAttributeProc pfn, std::intptr_t a,
-                                       std::intptr_t b) {
+int CSharedCellTable::SetAttributeIter(void* pContext, CBookIterator& it, TCellAttributeProc pfn,
+                                       std::intptr_t a, std::intptr_t b) {
   for (int bMore = it.Start(); bMore; bMore = it.Next()) {
     CRow* pRow = it.GetRow();
     const int nCol = it.GetCurrent().col;
@@ -224,8 +221,8 @@ int CSharedCellTable::SetAttribute(void* pContext, CSheetBase* pSheet, const TRe
   return SetAttributeIter(pContext, it, pfn, a, b);
 }
 
-int CSharedCellTable::SetMergedCellIndex(void* pContext, CSheetBase* pSheet,
-                                         const TRange& range, unsigned short wIndex) {
+int CSharedCellTable::SetMergedCellIndex(void* pContext, CSheetBase* pSheet, const TRange& range,
+                                         unsigned short wIndex) {
   return SetAttribute(
       pContext, pSheet, range,
       [](void*, CSheetBase*, CCell* pCell, std::intptr_t nIndex, std::intptr_t) {

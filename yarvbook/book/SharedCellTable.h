@@ -82,14 +82,14 @@ class YARVBOOK_API CSharedCellTable {
 
   // Walks the existing cells of the range or region on pSheet (CBookIterator): each is
   // cloned, handed to pfn and stored back. Returns 0 when pfn stopped the walk, else 1.
-  int SetAttribute(void* pContext, CSheetBase* pSheet, const TRange& range,
-                   TCellAttributeProc pfn, std::intptr_t a, std::intptr_t b);
+  int SetAttribute(void* pContext, CSheetBase* pSheet, const TRange& range, TCellAttributeProc pfn,
+                   std::intptr_t a, std::intptr_t b);
   int SetAttribute(void* pContext, CSheetBase* pSheet, const TRegion& region,
                    TCellAttributeProc pfn, std::intptr_t a, std::intptr_t b);
   // The same over an iterator the caller made (a filling iterator reaches every
   // position). The iterator must not have been started.
-  int SetAttributeIter(void* pContext, CBookIterator& it, TCellAttributeProc pfn,
-                       std::intptr_t a, std::intptr_t b);
+  int SetAttributeIter(void* pContext, CBookIterator& it, TCellAttributeProc pfn, std::intptr_t a,
+                       std::intptr_t b);
   // Sets the merged index of every existing cell of the range.
   int SetMergedCellIndex(void* pContext, CSheetBase* pSheet, const TRange& range,
                          unsigned short wIndex);

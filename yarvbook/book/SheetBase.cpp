@@ -106,25 +106,22 @@ int CSheetBase::SetLogical(const TCell& cell, int nLogical) {
 }
 
 int CSheetBase::SetText(const TCell& cell, const char16_t* pwszText, int nLength) {
-  return SetConstant(*this, cell,
-                     [pwszText, nLength](CSharedCellTable& t, CRow* pRow, int nCol, CCell** pp) {
-                       t.ValueSetValue(pRow, nCol, pp, pwszText ? pwszText : u"",
-                                       pwszText ? nLength : 0);
-                     });
+  return SetConstant(
+      *this, cell, [pwszText, nLength](CSharedCellTable& t, CRow* pRow, int nCol, CCell** pp) {
+        t.ValueSetValue(pRow, nCol, pp, pwszText ? pwszText : u"", pwszText ? nLength : 0);
+      });
 }
 
 int CSheetBase::SetValue(const TCell& cell, const TValue& value) {
-  return SetConstant(*this, cell,
-                     [&value](CSharedCellTable& t, CRow* pRow, int nCol, CCell** pp) {
-                       t.ValueSetValue(pRow, nCol, pp, value);
-                     });
+  return SetConstant(*this, cell, [&value](CSharedCellTable& t, CRow* pRow, int nCol, CCell** pp) {
+    t.ValueSetValue(pRow, nCol, pp, value);
+  });
 }
 
 int CSheetBase::SetError(const TCell& cell, TValue::TError eError) {
-  return SetConstant(*this, cell,
-                     [eError](CSharedCellTable& t, CRow* pRow, int nCol, CCell** pp) {
-                       t.ValueSetError(pRow, nCol, pp, eError);
-                     });
+  return SetConstant(*this, cell, [eError](CSharedCellTable& t, CRow* pRow, int nCol, CCell** pp) {
+    t.ValueSetError(pRow, nCol, pp, eError);
+  });
 }
 
 int CSheetBase::ClearValue(const TCell& cell) {

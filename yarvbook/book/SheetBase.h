@@ -129,8 +129,7 @@ class YARVBOOK_API CSheetBase : public CZelObArray {
   // ---- Name ----------------------------------------------------------------------
   // Stores the first 31 characters of pwszName. 91 when another sheet of the book has
   // that name in any letter case (nothing changes); 3 when memory ran out; else 0.
-  int SetSheetName(const char16_t* pwszName, bool bSetModified = true,
-                   bool bFixReferences = false);
+  int SetSheetName(const char16_t* pwszName, bool bSetModified = true, bool bFixReferences = false);
   const char16_t* GetSheetName() const { return m_sName.c_str(); }
   // Exact comparison with the sheet name.
   bool operator==(const char16_t* pwszName) const;
