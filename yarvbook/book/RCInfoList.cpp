@@ -1,6 +1,8 @@
 #include "book/RCInfoList.h"
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 #include <vector>
 
 CRCInfoItem::CRCInfoItem(int nFirst, int nLast, unsigned short wSize, bool bAuto)
@@ -434,7 +436,7 @@ void CRCInfoList::Move(int nTo, int nFrom, int nCount) {
   // Snapshot the source runs as (first, last, fields), relative to nFrom.
   struct TPiece {
     int nFirst, nLast;
-    CRCInfoItem* pFields;
+    std::unique_ptr<CRCInfoItem> pFields;
   };
   std::vector<TPiece> pieces;
   const int nFromLast = nFrom + nCount - 1;
@@ -453,7 +455,6 @@ void CRCInfoList::Move(int nTo, int nFrom, int nCount) {
     SetInfo(std::max(nFrom, nToLast + 1), nFromLast, fresh);
   for (const TPiece& piece : pieces) {
     SetInfo(nTo + piece.nFirst, nTo + piece.nLast, *piece.pFields);
-    delete piece.pFields;
   }
 }
 
