@@ -441,10 +441,10 @@ void CRCInfoList::Move(int nTo, int nFrom, int nCount) {
   std::vector<TPiece> pieces;
   const int nFromLast = nFrom + nCount - 1;
   for (const CRCInfoItem* p = GetInfo(nFrom); p && p->m_nFirst <= nFromLast; p = p->m_pNext) {
-    auto* pFields = new CRCInfoItem(0, 0, 0, false);
+    auto pFields = std::make_unique<CRCInfoItem>(0, 0, 0, false);
     pFields->CopyFields(*p);
-    pieces.push_back(
-        {std::max(p->m_nFirst, nFrom) - nFrom, std::min(p->m_nLast, nFromLast) - nFrom, pFields});
+    pieces.push_back({std::max(p->m_nFirst, nFrom) - nFrom, std::min(p->m_nLast, nFromLast) - nFrom,
+                      std::move(pFields)});
   }
   // Vacated and not overwritten: the part of the source outside the destination.
   CRCInfoItem fresh(0, 0, m_wDefSize, false);
