@@ -1,13 +1,14 @@
 // Parser output against hand-computed token bytes, error codes with their positions,
 // nesting and size limits.
-#include "formula/FormulaParser.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <string>
 
+#include "book/BookBase.h"
+#include "book/SheetBase.h"
 #include "formula/Formula.h"
+#include "formula/FormulaParser.h"
 #include "formula/ParserModel.h"
 
 namespace {
@@ -52,10 +53,10 @@ struct TBytesCase {
 // Cell formulas, base A1. Column words: bit 14 column relative, bit 15 row relative.
 constexpr TBytesCase kCellCases[] = {
     {"0", "1E 00 00"},
-    {"65535", "1E FF FF"},                                    // largest tInt
-    {"65536", "1F 00 00 00 00 00 00 F0 40"},                  // one past: tNum
+    {"65535", "1E FF FF"},                    // largest tInt
+    {"65536", "1F 00 00 00 00 00 00 F0 40"},  // one past: tNum
     {"1.5", "1F 00 00 00 00 00 00 F8 3F"},
-    {"1E3", "1E E8 03"},                                      // exact integer
+    {"1E3", "1E E8 03"},  // exact integer
     {".5", "1F 00 00 00 00 00 00 E0 3F"},
     {"A1", "24 00 00 00 C0"},
     {"$B$3", "24 02 00 01 00"},
@@ -63,27 +64,27 @@ constexpr TBytesCase kCellCases[] = {
     {"$B3", "24 02 00 01 80"},
     {"A1:$C$4", "25 00 00 03 00 00 C0 02 00"},
     {"A1+1", "44 00 00 00 C0 1E 01 00 03"},
-    {"A1 B1", "24 00 00 00 C0 24 00 00 01 C0 0F"},            // space is intersection
-    {"A1 + B1", "44 00 00 00 C0 44 00 00 01 C0 03"},          // spaces around an operator
-    {"-2^2", "1E 02 00 13 1E 02 00 07"},                      // (-2)^2
-    {"2^3^2", "1E 02 00 1E 03 00 07 1E 02 00 07"},            // left-associative
+    {"A1 B1", "24 00 00 00 C0 24 00 00 01 C0 0F"},    // space is intersection
+    {"A1 + B1", "44 00 00 00 C0 44 00 00 01 C0 03"},  // spaces around an operator
+    {"-2^2", "1E 02 00 13 1E 02 00 07"},              // (-2)^2
+    {"2^3^2", "1E 02 00 1E 03 00 07 1E 02 00 07"},    // left-associative
     {"1+2*3", "1E 01 00 1E 02 00 1E 03 00 05 03"},
-    {"1<=2", "1E 01 00 1E 02 00 0A"},                         // longest operator wins
+    {"1<=2", "1E 01 00 1E 02 00 0A"},  // longest operator wins
     {"1<>2", "1E 01 00 1E 02 00 0E"},
     {"50%", "1E 32 00 14"},
-    {"\"a\"\"b\"", "17 03 61 00 22 00 62 00"},                // doubled quote stored once
+    {"\"a\"\"b\"", "17 03 61 00 22 00 62 00"},  // doubled quote stored once
     {"\"\"", "17 00"},
     {"TRUE", "1D 01"},
     {"false", "1D 00"},
     {"#N/A", "1C 2A"},
     {"#div/0!", "1C 07"},
     {"(1)", "1E 01 00 15"},
-    {"SUM(A1)", "24 00 00 00 C0 19 10 00 00"},                // one-argument SUM
+    {"SUM(A1)", "24 00 00 00 C0 19 10 00 00"},  // one-argument SUM
     {"SUM(A1,B1)", "24 00 00 00 C0 24 00 00 01 C0 42 02 04 00"},
     {"SUM()", "42 00 04 00"},
     {"sum ( 1 )", "1E 01 00 19 10 00 00"},
     {"ROUND(1.5,0)", "1F 00 00 00 00 00 00 F8 3F 1E 00 00 41 1B 00"},
-    {"ROUND(A1,)", "44 00 00 00 C0 16 41 1B 00"},             // empty argument
+    {"ROUND(A1,)", "44 00 00 00 C0 16 41 1B 00"},  // empty argument
     {"PI()", "41 13 00"},
     {"TRUE()", "41 22 00"},
     {"Tax*2", "43 01 00 00 00 1E 02 00 05"},
@@ -96,8 +97,9 @@ constexpr TBytesCase kCellCases[] = {
     // CHOOSE: a choice over 2 values, one jump word per argument (distance of its
     // tAttr from the first, plus the 6-byte table).
     {"CHOOSE(2,10,20)",
-     "1E 02 00 19 04 02 00 06 00 0D 00 14 00 1E 0A 00 19 08 0A 00 1E 14 00 19 08 03 00 42 03 64 00"},
-    {"NOW()", "19 01 00 00 41 4A 00"},                        // volatile prefix kept
+     "1E 02 00 19 04 02 00 06 00 0D 00 14 00 1E 0A 00 19 08 0A 00 1E 14 00 19 08 03 00 42 03 64 "
+     "00"},
+    {"NOW()", "19 01 00 00 41 4A 00"},  // volatile prefix kept
     {"{1}", "60 00 00 00 00 00 00 00"},
     {"SUM({1,2})", "60 00 00 00 00 00 00 00 19 10 00 00"},
     {"ABS({1,2})", "40 00 00 00 00 00 00 00 41 18 00"},
@@ -105,10 +107,10 @@ constexpr TBytesCase kCellCases[] = {
     {"Sheet2!$A$1:B2", "3B 00 00 00 00 01 00 00 00 01 C0"},
     {"Sheet1:Sheet2!A1", "3A 00 00 00 00 00 C0"},
     {"[Book.xls]Data!A1", "3A 00 00 00 00 00 C0"},
-    {"SUM((A1,B1))",
-     "26 00 00 00 00 0C 00 24 00 00 00 C0 24 00 00 01 C0 10 15 19 10 00 00"},
+    {"SUM((A1,B1))", "26 00 00 00 00 0C 00 24 00 00 00 C0 24 00 00 01 C0 10 15 19 10 00 00"},
     {"SUM(A1:OFFSET(A1,1,1))",  // volatile, and a function result in a reference argument
-     "19 01 00 00 29 15 00 24 00 00 00 C0 24 00 00 00 C0 1E 01 00 1E 01 00 22 03 4E 00 11 19 10 00 00"},
+     "19 01 00 00 29 15 00 24 00 00 00 C0 24 00 00 00 C0 1E 01 00 1E 01 00 22 03 4E 00 11 19 10 00 "
+     "00"},
 };
 
 TEST(FormulaParser, CellFormulaBytes) {
@@ -170,15 +172,15 @@ TEST(FormulaParser, OffsetTypesStoreDistances) {
     const char* pszTokens;
   };
   const TCase kCases[] = {
-      {10, 5, FB::ftShared, "A1", "2C F6 FF FB C0"},            // -10 rows, -5 columns
+      {10, 5, FB::ftShared, "A1", "2C F6 FF FB C0"},  // -10 rows, -5 columns
       {10, 5, FB::ftShared, "A$1", "2C 00 00 FB 40"},
-      {10, 5, FB::ftShared, "$A$1", "24 00 00 00 00"},         // absolute stays tRef
+      {10, 5, FB::ftShared, "$A$1", "24 00 00 00 00"},  // absolute stays tRef
       {10, 5, FB::ftShared, "A1:$B$2", "2D F6 FF 01 00 FB C0 01 00"},
-      {65535, 255, FB::ftShared, "A1", "2C 01 00 01 C0"},      // wraps past the last row
+      {65535, 255, FB::ftShared, "A1", "2C 01 00 01 C0"},  // wraps past the last row
       {0, 0, FB::ftShared, "IV65536", "2C FF FF FF C0"},
       {0, 0, FB::ftCell, "IV65536", "24 FF FF FF C0"},
-      {2, 2, FB::ftName, "A1", "3A 00 00 FE FF FE C0"},        // names: 3-D and offsets
-      {0, 0, FB::ftChart, "$B$2", "3A 00 00 01 00 01 00"},     // 3-D, absolute coordinates
+      {2, 2, FB::ftName, "A1", "3A 00 00 FE FF FE C0"},     // names: 3-D and offsets
+      {0, 0, FB::ftChart, "$B$2", "3A 00 00 01 00 01 00"},  // 3-D, absolute coordinates
   };
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.pszText);
@@ -189,9 +191,9 @@ TEST(FormulaParser, OffsetTypesStoreDistances) {
 
 TEST(FormulaParser, ClassFollowsTheFormulaType) {
   CModelParser parser;
-  EXPECT_EQ("44 00 00 00 C0", Tokens(parser, u"A1", FB::ftCellValue));    // value
-  EXPECT_EQ("4C 00 00 00 C0", Tokens(parser, u"A1", FB::ftCondFormat));   // value, offsets
-  EXPECT_EQ("24 00 00 00 C0", Tokens(parser, u"A1", FB::ftArray));        // reference
+  EXPECT_EQ("44 00 00 00 C0", Tokens(parser, u"A1", FB::ftCellValue));   // value
+  EXPECT_EQ("4C 00 00 00 C0", Tokens(parser, u"A1", FB::ftCondFormat));  // value, offsets
+  EXPECT_EQ("24 00 00 00 C0", Tokens(parser, u"A1", FB::ftArray));       // reference
   EXPECT_EQ("3A 00 00 00 00 00 C0", Tokens(parser, u"A1", FB::ftExternName));
   EXPECT_EQ("60 00 00 00 00 00 00 00", Tokens(parser, u"{1}", FB::ftName));
   EXPECT_EQ("41 13 00", Tokens(parser, u"PI()", FB::ftCell));
@@ -205,21 +207,21 @@ struct TErrorCase {
   FB::EFormulaType type;
 };
 constexpr TErrorCase kErrorCases[] = {
-    {"", 1, 0, 4, FB::ftCell},                 // nothing to parse
-    {"1+", 1, 2, 4, FB::ftCell},               // no element behind the operator
+    {"", 1, 0, 4, FB::ftCell},    // nothing to parse
+    {"1+", 1, 2, 4, FB::ftCell},  // no element behind the operator
     {")", 1, 0, 4, FB::ftCell},
-    {"A1)", 1, 2, 4, FB::ftCell},              // unmatched ")"
+    {"A1)", 1, 2, 4, FB::ftCell},  // unmatched ")"
     {"1 2 +", 1, 5, 4, FB::ftCell},
-    {"SUM(1+,2)", 1, 6, 4, FB::ftCell},        // separator directly behind an operator
-    {"{1,2;3}", 1, 6, 4, FB::ftCell},          // ragged rows
-    {"{{1}}", 1, 1, 4, FB::ftCell},            // array in an array
+    {"SUM(1+,2)", 1, 6, 4, FB::ftCell},  // separator directly behind an operator
+    {"{1,2;3}", 1, 6, 4, FB::ftCell},    // ragged rows
+    {"{{1}}", 1, 1, 4, FB::ftCell},      // array in an array
     {"{A1}", 1, 1, 4, FB::ftCell},
-    {"Nowhere", 1, 0, 4, FB::ftCell},          // unknown name, not created
-    {"Sheet1:Sheet9!A1", 1, 0, 4, FB::ftCell}, // no such last sheet
-    {"'*x'!A1", 1, 0, 4, FB::ftCell},          // not a sheet, and no file name
-    {"1E999", 1, 0, 4, FB::ftCell},            // not finite
+    {"Nowhere", 1, 0, 4, FB::ftCell},           // unknown name, not created
+    {"Sheet1:Sheet9!A1", 1, 0, 4, FB::ftCell},  // no such last sheet
+    {"'*x'!A1", 1, 0, 4, FB::ftCell},           // not a sheet, and no file name
+    {"1E999", 1, 0, 4, FB::ftCell},             // not finite
     {"(1", 2, 2, 4, FB::ftCell},
-    {"IF(1,2", 2, 6, 4, FB::ftCell},           // enough arguments, no ")"
+    {"IF(1,2", 2, 6, 4, FB::ftCell},  // enough arguments, no ")"
     {"SUM(1", 2, 5, 4, FB::ftCell},
     {"FOO(1)", 3, 0, 4, FB::ftCell},
     {"ROUND(1)", 4, 7, 4, FB::ftCell},
@@ -275,9 +277,9 @@ TEST(FormulaParser, DeepNestingFailsWithoutOverflow) {
   const std::u16string sShallow = std::u16string(200, u'(') + u"1" + std::u16string(200, u')');
   EXPECT_EQ(0, parser.Parse(sShallow.c_str(), FB::ftCell));
   EXPECT_EQ(3 + 200, parser.GetPostfixLen());
-  for (const std::u16string& s : {std::u16string(100000, u'(') + u"1",
-                                  std::u16string(100000, u'-') + u"1",
-                                  std::u16string(50000, u'{')}) {
+  for (const std::u16string& s :
+       {std::u16string(100000, u'(') + u"1", std::u16string(100000, u'-') + u"1",
+        std::u16string(50000, u'{')}) {
     EXPECT_EQ(4, parser.Parse(s.c_str(), FB::ftCell));
     EXPECT_EQ(1, parser.GetError());
   }
@@ -335,6 +337,30 @@ TEST(FormulaParser, ResultsOnlyOnSuccess) {
   EXPECT_EQ(12, pFormula->GetPostfixLen());
   EXPECT_EQ(12, pFormula->GetAddedDataLen());
   delete pFormula;
+}
+
+}  // namespace
+
+namespace {
+
+// Sheet prefixes resolve against a real book's sheets, ignoring case; without an
+// extern-sheet table the reference itself cannot be written.
+TEST(FormulaParser, SheetNamesComeFromTheBook) {
+  struct TProbe : CFormulaParser {
+    using CFormulaParser::CFormulaParser;
+    using CFormulaParser::FindSheet;
+    using CFormulaParser::GetFormulaSheetIndex;
+  };
+  CBookBase book;
+  book.NewSheet(u"First");
+  CSheetBase* pSecond = book.NewSheet(u"Second");
+  TProbe parser(&book, pSecond, TCell());
+  EXPECT_EQ(1, parser.FindSheet(u"sECOND", 6));
+  EXPECT_EQ(0, parser.FindSheet(u"First", 5));
+  EXPECT_EQ(-1, parser.FindSheet(u"Firs", 4));
+  EXPECT_EQ(1, parser.GetFormulaSheetIndex());
+  EXPECT_EQ(4, parser.Parse(u"Second!A1", CFormulaBase::ftCell));
+  EXPECT_EQ(0, parser.Parse(u"A1", CFormulaBase::ftCell));
 }
 
 }  // namespace

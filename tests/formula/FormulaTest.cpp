@@ -1,11 +1,10 @@
 // The token stream: sizes of every layout, walking with the added-data cursor,
 // string quoting, the BIFF8 error codes and CFormula's block handling.
-#include "formula/Formula.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>
 
+#include "formula/Formula.h"
 #include "formula/FormulaIterator.h"
 
 namespace {
@@ -44,7 +43,7 @@ TEST(Formula, SizesOfVariableTokens) {
       {{0x04, 0, 1}, FB::tAttr, 517},  // the data word is little-endian
       {{}, 0x1A, 10},
       {{}, 0x1B, 4},
-      {{}, 0x3E, 0},                   // outside the table
+      {{}, 0x3E, 0},  // outside the table
       {{}, 0xFF, 0},
   };
   for (const TCase& c : kCases) {
@@ -59,13 +58,13 @@ TEST(Formula, SizesOfVariableTokens) {
 TEST(Formula, SkipTokensKeepsAddedDataInStep) {
   // tArray (2 x 1: a string "x\"" and an error), tMemArea with 2 ranges, tExtended
   // subtype 12 with a 3-entry list, then a tInt.
-  const Bytes postfix = {0x60, 0, 0, 0, 0, 0, 0, 0,          // tArray
-                         0x26, 0, 0, 0, 0, 0, 0,             // tMemArea
-                         0x18, 12, 0, 0, 0, 0,               // tExtended 12
-                         0x1E, 5, 0};                        // tInt 5
-  const Bytes added = {1, 0, 0,  2, 2, 0, 'x', 0, '"', 0,  0x10, 0x2A, 0, 0, 0, 0, 0, 0, 0,
-                       2, 0,  0, 0, 0, 0, 0, 0, 0, 0,  1, 0, 1, 0, 1, 0, 1, 0,
-                       3, 0, 0, 0,  1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+  const Bytes postfix = {0x60, 0,  0, 0, 0, 0, 0, 0,  // tArray
+                         0x26, 0,  0, 0, 0, 0, 0,     // tMemArea
+                         0x18, 12, 0, 0, 0, 0,        // tExtended 12
+                         0x1E, 5,  0};                // tInt 5
+  const Bytes added = {1, 0, 0, 2, 2, 0, 'x', 0, '"', 0, 0x10, 0x2A, 0, 0, 0,  0,  0, 0,
+                       0, 2, 0, 0, 0, 0, 0,   0, 0,   0, 0,    1,    0, 1, 0,  1,  0, 1,
+                       0, 3, 0, 0, 0, 1, 2,   3, 4,   5, 6,    7,    8, 9, 10, 11, 12};
   CFormula f(postfix.data(), static_cast<int>(postfix.size()), added.data(),
              static_cast<int>(added.size()));
   FB::TPostfixPtr p(f.GetPostfix()), a(f.GetAddedData());

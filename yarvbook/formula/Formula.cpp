@@ -25,7 +25,9 @@ constexpr std::array<unsigned char, 128> kBases = MakeBases();
 // BIFF8 codes by value error 1..7; index 0 unused.
 constexpr unsigned char kBiffErrors[] = {0x2A, 0x00, 0x07, 0x0F, 0x17, 0x1D, 0x24, 0x2A};
 
-unsigned short ClampLen(int n) { return static_cast<unsigned short>(n < 0 ? 0 : n > 0xFFFF ? 0xFFFF : n); }
+unsigned short ClampLen(int n) {
+  return static_cast<unsigned short>(n < 0 ? 0 : n > 0xFFFF ? 0xFFFF : n);
+}
 
 }  // namespace
 
@@ -41,13 +43,13 @@ const unsigned char CFormulaBase::m_Bases[128] = {
 // Operand bytes behind the token byte, by base code. Keep in step with the token
 // layouts in Formula.h.
 const unsigned char CFormulaBase::TPostfixPtr::m_bSizes[62] = {
-    0,   4,   4,  0, 0, 0,  0,  0,  // 0x00 -, tExp, tTbl, tAdd .. tPower
-    0,   0,   0,  0, 0, 0,  0,  0,  // 0x08 tConcat .. tIsect
-    0,   0,   0,  0, 0, 0,  0,  255,  // 0x10 tList .. tMissArg, tStr
-    255, 255, 10, 4, 1, 1,  2,  8,    // 0x18 tExtended, tAttr, legacy, tErr, tBool, tInt, tNum
-    7,   2,   3,  4, 4, 8,  6,  6,    // 0x20 tArray, tFunc, tFuncVar, tName, tRef, tArea, tMem*
-    6,   2,   4,  8, 4, 8,  2,  2,    // 0x28 tMemNoMem, tMemFunc, tRefErr, tAreaErr, tRefN ..
-    0,   0,   0,  0, 0, 0,  0,  0,    // 0x30 unused
+    0,   4,   4,  0,  0, 0,  0, 0,    // 0x00 -, tExp, tTbl, tAdd .. tPower
+    0,   0,   0,  0,  0, 0,  0, 0,    // 0x08 tConcat .. tIsect
+    0,   0,   0,  0,  0, 0,  0, 255,  // 0x10 tList .. tMissArg, tStr
+    255, 255, 10, 4,  1, 1,  2, 8,    // 0x18 tExtended, tAttr, legacy, tErr, tBool, tInt, tNum
+    7,   2,   3,  4,  4, 8,  6, 6,    // 0x20 tArray, tFunc, tFuncVar, tName, tRef, tArea, tMem*
+    6,   2,   4,  8,  4, 8,  2, 2,    // 0x28 tMemNoMem, tMemFunc, tRefErr, tAreaErr, tRefN ..
+    0,   0,   0,  0,  0, 0,  0, 0,    // 0x30 unused
     0,   6,   6,  10, 6, 10,          // 0x38 unused, tNameX, tRef3d, tArea3d, tRefErr3d, ..
 };
 

@@ -22,8 +22,8 @@ CFormulaIterator::CFormulaIterator(CBookBase* pBook, CSheetBase* pSheet, CFormul
 
 void CFormulaIterator::Set(CSheetBase* pSheet, CFormula* pFormula, EFormulaType type,
                            const TCell& base) {
-  Set(pSheet, pFormula ? pFormula->GetPostfix() : nullptr,
-      pFormula ? pFormula->GetPostfixLen() : 0, type, base);
+  Set(pSheet, pFormula ? pFormula->GetPostfix() : nullptr, pFormula ? pFormula->GetPostfixLen() : 0,
+      type, base);
   m_pFormula = pFormula;
   m_Added = pFormula ? pFormula->GetAddedData() : nullptr;
 }

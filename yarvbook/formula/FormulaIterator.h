@@ -59,8 +59,8 @@ class YARVBOOK_API CFormulaIterator : public CFormulaBase {
 
  protected:
   CBookBase* m_pBook = nullptr;
-  CSheetBase* m_pSheet = nullptr;    // may be null
-  CFormula* m_pFormula = nullptr;    // not owned; null for raw streams
+  CSheetBase* m_pSheet = nullptr;  // may be null
+  CFormula* m_pFormula = nullptr;  // not owned; null for raw streams
   EFormulaType m_nFormulaType = ftCell;
   bool m_bRelRCIsOffset = false;
   TCell m_Base;

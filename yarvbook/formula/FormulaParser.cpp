@@ -9,6 +9,8 @@
 
 #include "base/A1Text.h"
 #include "base/ZelException.h"
+#include "book/BookBase.h"
+#include "book/SheetBase.h"
 #include "platform/Locale.h"
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
@@ -28,7 +30,7 @@ struct CFormulaParser::TParseOp {
 // One open function call.
 struct CFormulaParser::TFrame {
   const TParseFunc* pFunc = nullptr;
-  int nStart = 0;         // output position of the first argument
+  int nStart = 0;  // output position of the first argument
   int nArgs = 0;
   unsigned char cAttr = 0;  // 0, kAttrIf or kAttrChoose
   int nAttrs = 0;
@@ -56,14 +58,14 @@ struct TOpDef {
 // Union takes the list separator and intersection is white space; both are added
 // by hand.
 constexpr TOpDef kOpDefs[] = {
-    {IDS_OP_RANGE, CFormulaBase::tRange, 0, 0},   {IDS_OP_UMINUS, CFormulaBase::tUminus, 3, 1},
-    {IDS_OP_UPLUS, CFormulaBase::tUplus, 3, 1},   {IDS_OP_PERCENT, CFormulaBase::tPercent, 4, 2},
-    {IDS_OP_POWER, CFormulaBase::tPower, 5, 0},   {IDS_OP_DIV, CFormulaBase::tDiv, 6, 0},
-    {IDS_OP_MUL, CFormulaBase::tMul, 6, 0},       {IDS_OP_SUB, CFormulaBase::tSub, 7, 0},
-    {IDS_OP_ADD, CFormulaBase::tAdd, 7, 0},       {IDS_OP_CONCAT, CFormulaBase::tConcat, 8, 0},
-    {IDS_OP_GT, CFormulaBase::tGT, 9, 0},         {IDS_OP_GE, CFormulaBase::tGE, 9, 0},
-    {IDS_OP_LT, CFormulaBase::tLT, 9, 0},         {IDS_OP_LE, CFormulaBase::tLE, 9, 0},
-    {IDS_OP_NE, CFormulaBase::tNE, 9, 0},         {IDS_OP_EQ, CFormulaBase::tEQ, 9, 0},
+    {IDS_OP_RANGE, CFormulaBase::tRange, 0, 0}, {IDS_OP_UMINUS, CFormulaBase::tUminus, 3, 1},
+    {IDS_OP_UPLUS, CFormulaBase::tUplus, 3, 1}, {IDS_OP_PERCENT, CFormulaBase::tPercent, 4, 2},
+    {IDS_OP_POWER, CFormulaBase::tPower, 5, 0}, {IDS_OP_DIV, CFormulaBase::tDiv, 6, 0},
+    {IDS_OP_MUL, CFormulaBase::tMul, 6, 0},     {IDS_OP_SUB, CFormulaBase::tSub, 7, 0},
+    {IDS_OP_ADD, CFormulaBase::tAdd, 7, 0},     {IDS_OP_CONCAT, CFormulaBase::tConcat, 8, 0},
+    {IDS_OP_GT, CFormulaBase::tGT, 9, 0},       {IDS_OP_GE, CFormulaBase::tGE, 9, 0},
+    {IDS_OP_LT, CFormulaBase::tLT, 9, 0},       {IDS_OP_LE, CFormulaBase::tLE, 9, 0},
+    {IDS_OP_NE, CFormulaBase::tNE, 9, 0},       {IDS_OP_EQ, CFormulaBase::tEQ, 9, 0},
 };
 constexpr int kTopLevel = 9;
 
@@ -86,7 +88,9 @@ inline bool IsWhite(char16_t c) {
   return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n' || c == 0x00A0 || c == 0x3000;
 }
 inline bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
-inline bool IsAsciiLetter(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); }
+inline bool IsAsciiLetter(char16_t c) {
+  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+}
 inline bool IsLetter(char16_t c) {
   if (c < 0x80) return IsAsciiLetter(c);
   return !IsWhite(c) && IsLetterChar(c);
@@ -103,9 +107,30 @@ inline bool IsNameChar(char16_t c) { return IsFuncChar(c) || c == u'\\' || c == 
 // Characters that end an unquoted sheet or book prefix.
 inline bool EndsPrefix(char16_t c) {
   switch (c) {
-    case 0: case u' ': case u'\t': case u'\r': case u'\n': case u'+': case u'-': case u'*':
-    case u'/': case u'^': case u'&': case u'=': case u'<': case u'>': case u'(': case u')':
-    case u',': case u';': case u'{': case u'}': case u'"': case u'\'': case u'%': case u'!':
+    case 0:
+    case u' ':
+    case u'\t':
+    case u'\r':
+    case u'\n':
+    case u'+':
+    case u'-':
+    case u'*':
+    case u'/':
+    case u'^':
+    case u'&':
+    case u'=':
+    case u'<':
+    case u'>':
+    case u'(':
+    case u')':
+    case u',':
+    case u';':
+    case u'{':
+    case u'}':
+    case u'"':
+    case u'\'':
+    case u'%':
+    case u'!':
       return true;
     default:
       return IsWhite(c);
@@ -133,7 +158,9 @@ bool IsBadBookPath(const char16_t* p, int nLen) {
   const int nName = nDot - nStart;
   const int nExt = nDot < nLen ? nLen - nDot - 1 : 0;
   if (nName == 0 && nExt == 0) return true;
-  auto bad = [](char16_t c) { return std::u16string_view(u"/:*?\"<>|").find(c) != std::u16string_view::npos; };
+  auto bad = [](char16_t c) {
+    return std::u16string_view(u"/:*?\"<>|").find(c) != std::u16string_view::npos;
+  };
   if (nName > 0 && bad(p[nStart])) return true;
   if (nExt > 0 && bad(p[nDot + 1])) return true;
   return false;
@@ -217,16 +244,23 @@ void CFormulaParser::SetFormulaType(EFormulaType type) {
     m_cTypeClass = kClassRef;
 }
 
-// ---- Default lookups: nothing is known without a book ---------------------------
+// ---- Default lookups ------------------------------------------------------------
+// Sheets come from the book; functions, names and external sheets are answered by
+// the tables that provide them, and are unknown here.
 
 const TParseFunc* CFormulaParser::FindFunction(const char16_t*, int) { return nullptr; }
 bool CFormulaParser::FindExternFunction(const char16_t*, int, int*, int*, int*) { return false; }
-int CFormulaParser::FindSheet(const char16_t*, int) { return -1; }
+int CFormulaParser::FindSheet(const char16_t* p, int nLen) {
+  if (!m_pBook) return -1;
+  m_sName.assign(p, static_cast<size_t>(nLen));
+  const CSheetBase* pSheet = m_pBook->FindSheetBase(m_sName.c_str(), /*bIgnoreCase=*/true);
+  return pSheet ? pSheet->GetSheetIndex() : -1;
+}
 int CFormulaParser::FindExternSheet(const TExternPrefix&, bool) { return -1; }
 int CFormulaParser::FindOwnExternSheet(int) { return -1; }
 int CFormulaParser::FindName(const char16_t*, int, bool) { return 0; }
 int CFormulaParser::FindExternName(int, const char16_t*, int, bool) { return 0; }
-int CFormulaParser::GetFormulaSheetIndex() { return 0; }
+int CFormulaParser::GetFormulaSheetIndex() { return m_pSheet ? m_pSheet->GetSheetIndex() : 0; }
 
 int CFormulaParser::NextRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
                                    unsigned char* pFlags2, TRange* pRange) {
@@ -505,8 +539,10 @@ bool CFormulaParser::LexNumber() {
   bool bInt = true;
   unsigned long long nValue = 0;
   while (IsDigit(*p)) {
-    if (nValue < 100000000000000ull) nValue = nValue * 10 + static_cast<unsigned>(*p - u'0');
-    else bInt = false;
+    if (nValue < 100000000000000ull)
+      nValue = nValue * 10 + static_cast<unsigned>(*p - u'0');
+    else
+      bInt = false;
     put(*p++);
   }
   if (*p == m_cDecimal && IsDigit(p[1])) {
@@ -717,7 +753,8 @@ bool CFormulaParser::LexPrefixed(const char16_t* pAfter) {
     prefix.nSheet1Len = nLen;
   } else {
     const size_t nColon = m_sScratch.find(u':');
-    if (nColon != std::u16string::npos && nColon > 0 && FindSheet(s, static_cast<int>(nColon)) >= 0) {
+    if (nColon != std::u16string::npos && nColon > 0 &&
+        FindSheet(s, static_cast<int>(nColon)) >= 0) {
       prefix.pSheet1 = s;
       prefix.nSheet1Len = static_cast<int>(nColon);
       prefix.pSheet2 = s + nColon + 1;
@@ -1089,7 +1126,9 @@ CFormulaParser::TOperand CFormulaParser::ParseFunc() {
         TOperand x = ParseExpr(kTopLevel);
         if (m_nError) break;
         const int nClass = pFunc->GetArgClass(f.nArgs);
-        const unsigned char cWant = nClass == 1 ? kClassRef : nClass == 3 ? kClassArray : kClassValue;
+        const unsigned char cWant = nClass == 1   ? kClassRef
+                                    : nClass == 3 ? kClassArray
+                                                  : kClassValue;
         FixOperand(x, cWant);
         if (nClass == 1 && x.bRefOp) InsertMemToken(nArgStart, nAddedStart);
       }
@@ -1125,7 +1164,7 @@ CFormulaParser::TOperand CFormulaParser::ParseFunc() {
     p.Put(static_cast<unsigned short>(0));
   } else {
     res.nPos = m_nOut;
-    res.cNatural = pFunc->nResultClass == 1 ? kClassRef
+    res.cNatural = pFunc->nResultClass == 1   ? kClassRef
                    : pFunc->nResultClass == 3 ? kClassArray
                                               : kClassValue;
     TPostfixPtr p(Out(pFunc->bVarArgs ? 4 : 3));

@@ -66,16 +66,16 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   // Error codes, kept as the first one set during a parse.
   enum EError : int {
     perNone = 0,
-    perUnexpected = 1,     // unexpected character or token, no element, bad separator
-    perMissingParen = 2,   // ")" missing, or an unreadable token after enough arguments
-    perNotFunction = 3,    // a name followed by "(" that is no function
-    perFewArgsAtParen = 4, // ")" reached below the minimum argument count
-    perNoEndQuote = 5,     // a string without its closing quote
-    perStringTooLong = 6,  // a string of more than 255 units
-    perFewArgs = 7,        // too few arguments: an empty last one, or the input ended
-    perManyArgs = 8,       // more arguments than the maximum
-    perTooDeep = 9,        // more than 30 nested function calls
-    per3dForbidden = 10,   // a 3-D reference or external name where the type forbids it
+    perUnexpected = 1,      // unexpected character or token, no element, bad separator
+    perMissingParen = 2,    // ")" missing, or an unreadable token after enough arguments
+    perNotFunction = 3,     // a name followed by "(" that is no function
+    perFewArgsAtParen = 4,  // ")" reached below the minimum argument count
+    perNoEndQuote = 5,      // a string without its closing quote
+    perStringTooLong = 6,   // a string of more than 255 units
+    perFewArgs = 7,         // too few arguments: an empty last one, or the input ended
+    perManyArgs = 8,        // more arguments than the maximum
+    perTooDeep = 9,         // more than 30 nested function calls
+    per3dForbidden = 10,    // a 3-D reference or external name where the type forbids it
   };
   // Result codes of Parse.
   static constexpr int kResultOk = 0;
@@ -147,7 +147,7 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   // extern-sheet index and the name index that its tNameX carries. False when none.
   virtual bool FindExternFunction(const char16_t* p, int nLen, int* pFunc, int* pExternSheet,
                                   int* pNameIndex);
-  // Index of a sheet of this book, or -1.
+  // Index of a sheet of this book (by name, ignoring case), or -1.
   virtual int FindSheet(const char16_t* p, int nLen);
   // Index of the extern-sheet entry for the prefix (found or added), -1 when the
   // prefix names no usable book or sheet. bForName asks for the entry a name of that
@@ -177,17 +177,17 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
     lkString,
     lkBool,
     lkError,
-    lkRef,      // cell or rectangle, maybe with an extern sheet
-    lkName,     // tName
-    lkNameX,    // tNameX
-    lkFunc,     // function name, "(" consumed
+    lkRef,    // cell or rectangle, maybe with an extern sheet
+    lkName,   // tName
+    lkNameX,  // tNameX
+    lkFunc,   // function name, "(" consumed
     lkOp,
-    lkSep,      // argument separator
-    lkOpen,     // "("
-    lkClose,    // ")"
-    lkArrOpen,  // "{"
-    lkArrClose, // "}"
-    lkRowSep,   // ";" in an array
+    lkSep,       // argument separator
+    lkOpen,      // "("
+    lkClose,     // ")"
+    lkArrOpen,   // "{"
+    lkArrClose,  // "}"
+    lkRowSep,    // ";" in an array
     lkBad,
   };
 
@@ -235,7 +235,7 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   int m_nStrRaw = 0;                 // units in the text
   int m_nStrLen = 0;                 // units stored
   bool m_bBool = false;
-  unsigned char m_cErr = 0;          // BIFF8 code
+  unsigned char m_cErr = 0;  // BIFF8 code
   TRange m_Range;
   int m_nIsRange = 0;
   unsigned char m_cFlags1 = 0;
@@ -253,7 +253,8 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   std::unique_ptr<unsigned char[]> m_pAdded;
   int m_nAdded = 0;
   int m_nAddedCap = 0;
-  std::u16string m_sScratch;  // unquoted prefixes and names
+  std::u16string m_sScratch;  // unquoted prefixes
+  std::u16string m_sName;     // a sheet name to look up, zero-terminated
 
   int m_nError = 0;
   int m_nErrorPos = 0;
