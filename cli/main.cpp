@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "CalcCommand.h"
 #include "FormatCommand.h"
 #include "yarvbook.h"
 
@@ -11,6 +12,11 @@ constexpr const char kUsage[] =
     "usage: yarvbook COMMAND [ARGS...]\n"
     "\n"
     "Commands:\n"
+    "  calc IN.csv [MORE.csv ...] [--raw] [-o OUT.csv | --outdir DIR]\n"
+    "       [--iterate MAXPASSES,MAXCHANGE] [--manual] [--locale TAG]\n"
+    "                     load CSV files (a sheet per file), recalculate, write CSV\n"
+    "  eval [--raw] [--locale TAG] FORMULA\n"
+    "                     print the value of one formula\n"
     "  format [--locale TAG] FORMAT VALUE...\n"
     "                     print each value rendered through the number format\n"
     "  --version          print the library version\n"
@@ -28,6 +34,8 @@ int main(int argc, char** argv) {
     std::printf("yarvbook %s\n", YarvBookVersion());
     return 0;
   }
+  if (std::strcmp(pszCommand, "calc") == 0) return RunCalcCommand(argc - 2, argv + 2);
+  if (std::strcmp(pszCommand, "eval") == 0) return RunEvalCommand(argc - 2, argv + 2);
   if (std::strcmp(pszCommand, "format") == 0) return RunFormatCommand(argc - 2, argv + 2);
   if (std::strcmp(pszCommand, "--help") == 0 || std::strcmp(pszCommand, "-h") == 0) {
     std::fputs(kUsage, stdout);

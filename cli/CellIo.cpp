@@ -1,0 +1,70 @@
+#include "CellIo.h"
+
+#include <charconv>
+
+#include "yarvbook.h"
+
+bool CheckFormula(CSheetBase& sheet, const TCell& cell, const std::u16string& strText,
+                  TFormulaFault* pFault) {
+  CFormulaParser parser(sheet.GetBook(), &sheet, cell, /*bEnglish=*/true);
+  if (parser.Parse(strText.c_str() + 1, CFormulaBase::ftCell) == CFormulaParser::kResultOk)
+    return true;
+  pFault->nError = parser.GetError();
+  pFault->nPos = parser.GetErrorPos() + 1;
+  return false;
+}
+
+bool EnterCellText(CSheetBase& sheet, const TCell& cell, const std::u16string& strText,
+                   TFormulaFault* pFault) {
+  if (strText.empty()) return true;
+  if (strText[0] == u'=') {
+    if (CheckFormula(sheet, cell, strText, pFault)) return true;
+    sheet.SetText(cell, strText.c_str(), static_cast<int>(strText.size()));
+    return false;
+  }
+  TValue value;
+  if (value.StringToReal(strText.c_str(), nullptr, 0, ptEnglish))
+    sheet.SetValue(cell, value);
+  else
+    sheet.SetText(cell, strText.c_str(), static_cast<int>(strText.size()));
+  return true;
+}
+
+void GetRawValueText(const TValue& value, std::u16string& str) {
+  str.clear();
+  switch (value.GetValType()) {
+    case TValue::vtReal: {
+      double r = 0;
+      value.GetValue(r);
+      if (r == 0) r = 0;  // no "-0"
+      char sz[32];
+      const auto result = std::to_chars(sz, sz + sizeof sz, r);
+      str.assign(sz, result.ptr);
+      return;
+    }
+    case TValue::vtLogical:
+      str = TValue::GetLogicalText(value.GetLogical() != 0, /*bEnglish=*/true);
+      return;
+    case TValue::vtError: {
+      const char16_t* pwsz = TValue::GetErrorString(value.GetError());
+      if (pwsz) str = pwsz;
+      return;
+    }
+    case TValue::vtText:
+      str = value.TextPtr();
+      return;
+    default:
+      return;
+  }
+}
+
+void GetCellOutputText(const CSheetBase& sheet, int nRow, int nCol, bool bRaw, std::u16string& str) {
+  TValue value;
+  sheet.GetValue(nRow, nCol, &value);
+  if (bRaw) {
+    GetRawValueText(value, str);
+    return;
+  }
+  str.clear();
+  value.GetValue(str);
+}
