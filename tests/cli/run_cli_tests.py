@@ -1,0 +1,163 @@
+#!/usr/bin/env python3
+"""Runs the yarvbook CLI on the files in data/ and checks what it does.
+
+    run_cli_tests.py YARVBOOK DATA_DIR [--group NAME]
+
+Each case gives the arguments ({data} is DATA_DIR, {tmp} a scratch folder), the exit
+code, and optionally the exact stdout (a file in DATA_DIR), texts stderr must contain,
+and files the run must write with their exact contents.  Prints one line per failure
+and exits 1 when any case fails.
+"""
+import argparse
+import os
+import subprocess
+import sys
+import tempfile
+
+
+def case(group, name, args, code=0, stdout=None, stderr=(), files=(), no_stderr=False):
+    return dict(group=group, name=name, args=args, code=code, stdout=stdout,
+                stderr=stderr, files=files, no_stderr=no_stderr)
+
+
+CASES = [
+    # ---- calc: reading and writing CSV --------------------------------------
+    case('calc', 'quoting, CRLF, BOM and ragged rows keep their shape',
+         ['calc', '{data}/shapes.csv', '--raw'], stdout='shapes.raw.csv', no_stderr=True),
+    case('calc', 'values typed in English notation, raw output',
+         ['calc', '{data}/numbers.csv', '--raw'], stdout='numbers.raw.csv', no_stderr=True),
+    case('calc', '-o writes the file and nothing to stdout',
+         ['calc', '{data}/numbers.csv', '--raw', '-o', '{tmp}/out.csv'], stdout='empty.txt',
+         files=[('out.csv', 'numbers.raw.csv')]),
+    case('calc', '--outdir writes one file per input, named by stem',
+         ['calc', '{data}/numbers.csv', '{data}/shapes.csv', '--raw', '--outdir', '{tmp}'],
+         files=[('numbers.csv', 'numbers.raw.csv'), ('shapes.csv', 'shapes.raw.csv')]),
+
+    # ---- calc: malformed input stops with file and line ----------------------
+    case('calc', 'quote left open', ['calc', '{data}/unterminated.csv'], code=1,
+         stderr=['unterminated.csv:2: quoted field not closed'], stdout='empty.txt'),
+    case('calc', 'text after a closing quote', ['calc', '{data}/after_quote.csv'], code=1,
+         stderr=['after_quote.csv:2: text after a closing quote']),
+    case('calc', 'invalid UTF-8', ['calc', '{data}/bad_utf8.csv'], code=1,
+         stderr=['bad_utf8.csv:2: invalid UTF-8']),
+    case('calc', '257 columns', ['calc', '{data}/wide.csv'], code=1,
+         stderr=['wide.csv:1: more than 256 columns']),
+    case('calc', '65537 rows', ['calc', '{tmp}/tall.csv'], code=1,
+         stderr=['tall.csv:65537: more than 65536 rows']),
+    case('calc', 'missing file', ['calc', '{data}/no_such_file.csv'], code=1,
+         stderr=['no_such_file.csv: cannot open']),
+    case('calc', 'a malformed second input writes nothing',
+         ['calc', '{data}/numbers.csv', '{data}/bad_utf8.csv', '--outdir', '{tmp}'], code=1,
+         stderr=['bad_utf8.csv:2: invalid UTF-8'], files=[('numbers.csv', None)]),
+    case('calc', 'two inputs with one sheet name',
+         ['calc', '{data}/numbers.csv', '{tmp}/NUMBERS.csv', '--outdir', '{tmp}'], code=1,
+         stderr=["already gives the sheet name 'NUMBERS'"]),
+
+    # ---- calc: usage ------------------------------------------------------------
+    case('calc', 'no input', ['calc', '--raw'], code=2, stderr=['no input file']),
+    case('calc', 'several inputs without --outdir',
+         ['calc', '{data}/numbers.csv', '{data}/shapes.csv'], code=2,
+         stderr=['several inputs need --outdir']),
+    case('calc', '-o with --outdir',
+         ['calc', '{data}/numbers.csv', '-o', '{tmp}/a.csv', '--outdir', '{tmp}'], code=2,
+         stderr=['-o and --outdir exclude each other']),
+    case('calc', 'unknown option', ['calc', '{data}/numbers.csv', '--fast'], code=2,
+         stderr=["unknown or incomplete option '--fast'"]),
+    case('calc', 'option without its value', ['calc', '{data}/numbers.csv', '-o'], code=2,
+         stderr=["unknown or incomplete option '-o'"]),
+    case('calc', '--iterate without a change', ['calc', '{data}/numbers.csv', '--iterate', '100'],
+         code=2, stderr=['--iterate wants MAXPASSES,MAXCHANGE']),
+    case('calc', '--iterate with no pass', ['calc', '{data}/numbers.csv', '--iterate', '0,0.1'],
+         code=2, stderr=['--iterate wants MAXPASSES,MAXCHANGE']),
+    case('calc', '--iterate with a negative change',
+         ['calc', '{data}/numbers.csv', '--iterate', '5,-1'], code=2,
+         stderr=['--iterate wants MAXPASSES,MAXCHANGE']),
+    case('calc', 'unknown locale', ['calc', '{data}/numbers.csv', '--locale', 'xx-nowhere-zz'],
+         code=2, stderr=["unknown locale 'xx-nowhere-zz'"]),
+
+    # ---- eval ---------------------------------------------------------------------
+    case('eval', 'no formula', ['eval'], code=2, stderr=['usage: yarvbook eval']),
+    case('eval', 'two formulas', ['eval', '=1', '=2'], code=2, stderr=['usage: yarvbook eval']),
+    case('eval', 'unknown function: code, position and caret',
+         ['eval', '=NOSUCH(1)'], code=1,
+         stderr=['error 3 (not a function) at character 2\n=NOSUCH(1)\n ^\n']),
+    case('eval', 'missing parenthesis', ['eval', '=(1+2'], code=1,
+         stderr=['error 2 (missing ")") at character 6\n=(1+2\n     ^\n']),
+    case('eval', 'position counted in the text as given, without "="',
+         ['eval', '(1+2'], code=1, stderr=['at character 5\n(1+2\n    ^\n']),
+    case('eval', 'caret after a character beyond U+FFFF',
+         ['eval', '="\U0001F600'], code=1,
+         stderr=['error 5 (string without its closing quote) at character 2\n']),
+]
+
+
+def expand(arg, data, tmp):
+    return arg.replace('{data}', data).replace('{tmp}', tmp)
+
+
+def read(path):
+    with open(path, 'rb') as fh:
+        return fh.read()
+
+
+def run_case(binary, data, c):
+    """Returns a list of problems (empty when the case passes)."""
+    problems = []
+    with tempfile.TemporaryDirectory(prefix='yb_cli_') as tmp:
+        with open(os.path.join(tmp, 'tall.csv'), 'w', newline='') as fh:
+            fh.write('1\n' * 65537)
+        with open(os.path.join(tmp, 'NUMBERS.csv'), 'w', newline='') as fh:
+            fh.write('1\n')
+        args = [expand(a, data, tmp) for a in c['args']]
+        p = subprocess.run([binary] + args, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                           timeout=120, check=False)
+        err = p.stderr.decode('utf-8', 'replace')
+        if p.returncode != c['code']:
+            problems.append('exit %d, expected %d' % (p.returncode, c['code']))
+        if c['stdout'] is not None:
+            want = read(os.path.join(data, c['stdout']))
+            if p.stdout != want:
+                problems.append('stdout %r\n      expected %r' % (p.stdout, want))
+        for text in c['stderr']:
+            if text not in err:
+                problems.append('stderr lacks %r' % text)
+        if c['no_stderr'] and err:
+            problems.append('unexpected stderr %r' % err)
+        for name, expected in c['files']:
+            path = os.path.join(tmp, name)
+            if expected is None:
+                if os.path.exists(path):
+                    problems.append('%s written' % name)
+            elif not os.path.exists(path):
+                problems.append('%s not written' % name)
+            elif read(path) != read(os.path.join(data, expected)):
+                problems.append('%s differs from %s' % (name, expected))
+        if problems and err:
+            problems.append('stderr was %r' % err)
+    return problems
+
+
+def main():
+    ap = argparse.ArgumentParser()
+    ap.add_argument('binary')
+    ap.add_argument('data')
+    ap.add_argument('--group')
+    args = ap.parse_args()
+    failed = 0
+    ran = 0
+    for c in CASES:
+        if args.group and c['group'] != args.group:
+            continue
+        ran += 1
+        problems = run_case(args.binary, args.data, c)
+        if problems:
+            failed += 1
+            print('FAIL %s: %s' % (c['group'], c['name']))
+            for p in problems:
+                print('      ' + p)
+    print('%d of %d cases pass' % (ran - failed, ran))
+    return 1 if failed or ran == 0 else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())
