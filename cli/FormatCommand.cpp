@@ -69,7 +69,8 @@ std::string ToUtf8(const char16_t* pwsz, int nLen) {
 
 // Writes the format, and a caret under the character at nErrorPos, to stderr.
 void ShowErrorPosition(const std::u16string& strFormat, int nErrorPos) {
-  std::fprintf(stderr, "  %s\n  ", ToUtf8(strFormat.data(), static_cast<int>(strFormat.size())).c_str());
+  std::fprintf(stderr, "  %s\n  ",
+               ToUtf8(strFormat.data(), static_cast<int>(strFormat.size())).c_str());
   const int nLimit = std::min(nErrorPos, static_cast<int>(strFormat.size()));
   for (int i = 0; i < nLimit; ++i)
     if (strFormat[i] < 0xDC00 || strFormat[i] >= 0xE000) std::fputc(' ', stderr);

@@ -134,7 +134,8 @@ int CSheetBase::SetValueFromText(const TCell& cell, const char16_t* pwszText, in
   if (!value.StringToReal(pwszText, &nProposed, GetValFormatType(cell), nParseType))
     return SetText(cell, pwszText);
   const unsigned short wOldFormat = GetFormatIndex(cell);
-  const bool bPropose = m_pBook && nProposed > 0 && GetValFormatType(cell) == CSingleFormat::ftGeneral;
+  const bool bPropose =
+      m_pBook && nProposed > 0 && GetValFormatType(cell) == CSingleFormat::ftGeneral;
   if (bPropose) {
     if (const int nResult = SetCellFormat(cell, CBookBase::GetCellFormatForValFormat(nProposed));
         nResult != kOk)
