@@ -22,11 +22,7 @@ bool EnterCellText(CSheetBase& sheet, const TCell& cell, const std::u16string& s
     sheet.SetText(cell, strText.c_str(), static_cast<int>(strText.size()));
     return false;
   }
-  TValue value;
-  if (value.StringToReal(strText.c_str(), nullptr, 0, ptEnglish))
-    sheet.SetValue(cell, value);
-  else
-    sheet.SetText(cell, strText.c_str(), static_cast<int>(strText.size()));
+  sheet.SetValueFromText(cell, strText.c_str(), ptEnglish);
   return true;
 }
 
@@ -59,12 +55,18 @@ void GetRawValueText(const TValue& value, std::u16string& str) {
 }
 
 void GetCellOutputText(const CSheetBase& sheet, int nRow, int nCol, bool bRaw, std::u16string& str) {
-  TValue value;
-  sheet.GetValue(nRow, nCol, &value);
   if (bRaw) {
+    TValue value;
+    sheet.GetValue(nRow, nCol, &value);
     GetRawValueText(value, str);
     return;
   }
-  str.clear();
-  value.GetValue(str);
+  // Full precision: a CSV field has no column width to fit.
+  str = sheet.GetFormattedText(nRow, nCol, /*nGeneralWidth=*/0);
+  // The spaces a format's "_x" leaves to line up columns in a view are no part of the
+  // value's text; they go, last first so that earlier positions stay put.
+  for (int i = CValFormat::m_wSpaceChars - 1; i >= 0; --i) {
+    const unsigned nPos = CValFormat::m_SpaceChars[i].wPos;
+    if (nPos < str.size() && str[nPos] == u' ') str.erase(nPos, 1);
+  }
 }

@@ -32,6 +32,10 @@ CASES = [
     case('calc', '--outdir writes one file per input, named by stem',
          ['calc', '{data}/numbers.csv', '{data}/shapes.csv', '--raw', '--outdir', '{tmp}'],
          files=[('numbers.csv', 'numbers.raw.csv'), ('shapes.csv', 'shapes.raw.csv')]),
+    case('calc', 'display text through the cells\' number formats',
+         ['calc', '{data}/numbers.csv'], stdout='numbers.shown.csv', no_stderr=True),
+    case('calc', 'display text in another locale; input stays English',
+         ['calc', '{data}/numbers.csv', '--locale', 'de-DE'], stdout='numbers.de.csv'),
 
     # ---- calc: malformed input stops with file and line ----------------------
     case('calc', 'quote left open', ['calc', '{data}/unterminated.csv'], code=1,
