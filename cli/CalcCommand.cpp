@@ -221,6 +221,7 @@ int RunCalc(const TCalcOptions& opts) {
   CBookBase book;
   book.AddToList();
   if (opts.bIterate) book.SetIteration(1, opts.nMaxPasses, opts.rMaxChange);
+  book.SetAutomaticRecalc(opts.bManual ? 0 : 1);
 
   // Every sheet exists before the first formula is read, so that formulas may refer
   // to any of the files by its stem.
@@ -247,10 +248,12 @@ int RunCalc(const TCalcOptions& opts) {
     if (!LoadSheet(opts.inputs[i], *sheets[i], shapes[i])) return 1;
   }
 
-  // Manual: the stored values are written as they are; CheckRecalc only clears the
-  // needs-recalculation mark.
-  book.SetAutomaticRecalc(opts.bManual ? 0 : 1);
-  if (!opts.bManual) book.Recalc();
+  // With automatic recalculation off, CheckRecalc only clears the book's
+  // needs-recalculation mark: formulas keep the values they were stored with.
+  if (book.GetAutomaticRecalc())
+    book.Recalc();
+  else
+    book.CheckRecalc(1);
 
   for (std::size_t i = 0; i < sheets.size(); ++i) {
     std::string strPath;
