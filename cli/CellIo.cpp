@@ -19,10 +19,13 @@ bool EnterCellText(CSheetBase& sheet, const TCell& cell, const std::u16string& s
   if (strText.empty()) return true;
   if (strText[0] == u'=') {
     if (CheckFormula(sheet, cell, strText, pFault)) return true;
-    sheet.SetText(cell, strText.c_str(), static_cast<int>(strText.size()));
+    if (sheet.SetText(cell, strText.c_str(), static_cast<int>(strText.size())) ==
+        CSheetBase::kErrMemory)
+      CZelException::ThrowMemory();
     return false;
   }
-  sheet.SetValueFromText(cell, strText.c_str(), ptEnglish);
+  if (sheet.SetValueFromText(cell, strText.c_str(), ptEnglish) == CSheetBase::kErrMemory)
+    CZelException::ThrowMemory();
   return true;
 }
 
