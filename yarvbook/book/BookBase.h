@@ -1,0 +1,208 @@
+// CBookBase: one workbook: its sheets (the array slots, by sheet index), the flags
+// that drive recalculation and the process-wide list of open books. The host derives
+// its document class from it and fills in the virtual notifications, which are empty
+// here.
+//
+// Format records, number formats, names, supporting books and external sheets join
+// the book with the parts of the engine that provide them.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/Cell.h"
+#include "base/Export.h"
+#include "base/Range.h"
+#include "base/Region.h"
+#include "base/ZelObArray.h"
+
+class CAddInFunc;
+class CFormulaCell;
+class CSheetBase;
+
+class YARVBOOK_API CBookBase : public CZelObArray {
+ public:
+  // Settings byte.
+  static constexpr unsigned char kSetModified = 0x02;      // bit 1
+  static constexpr unsigned char kSetUndoRedoBook = 0x08;  // bit 3
+  static constexpr unsigned char kSetTempBook = 0x10;      // bit 4
+  static constexpr unsigned char kSetAutomatic = 0x20;     // bit 5
+  static constexpr unsigned char kSetMinimal = 0x40;       // bit 6
+  static constexpr unsigned char kSetIteration = 0x80;     // bit 7
+  // Recalculation state byte.
+  static constexpr unsigned char kStCircular = 0x04;      // bit 2: the last rebuild found a cycle
+  static constexpr unsigned char kStNeedsRecalc = 0x08;   // bit 3
+  static constexpr unsigned char kStRecalcAll = 0x10;     // bit 4
+  static constexpr unsigned char kStOrderInvalid = 0x20;  // bit 5
+  static constexpr unsigned char kStOrderInvalidFull = 0x40;  // bit 6
+  static constexpr unsigned char kStRecalculating = 0x80;     // bit 7
+
+  // At most this many characters in a name made by MakeSheetName.
+  static constexpr int kMaxSheetNameBuffer = 4096;
+
+  CBookBase();
+  // Leaves the book list when still in it; deletes the sheets.
+  ~CBookBase() override;
+
+  // ---- The process-wide book list ------------------------------------------------
+  // Puts the book at the head of the list (nothing when already in it).
+  void AddToList();
+  // Unlinks the book; it must be in the list.
+  void RemoveFromList();
+  static CBookBase* GetFirstBook() { return m_pFirst; }
+  CBookBase* GetNextBook() const { return m_pNext; }
+  // pBook when it is in the list, else null.
+  static CBookBase* FindBook(const CBookBase* pBook);
+  // The first book whose title or path name matches (MatchTitle), else null.
+  static CBookBase* FindBook(const char16_t* pwszTitle);
+  // The title or the path name equals pwszTitle, ignoring case.
+  bool MatchTitle(const char16_t* pwszTitle) const;
+  // The list order for recalculation across books: the books a book depends on come
+  // before it.
+  static void UpdateBooksOrder();
+  static void CheckBooksOrder();
+  static void InvalidateBooksOrder() { m_bBooksOrderInvalid = true; }
+
+  // ---- Texts ---------------------------------------------------------------------
+  void SetPathName(const char16_t* pwszPath);
+  const char16_t* GetPathName() const { return m_sPathName.c_str(); }
+  void SetTitle(const char16_t* pwszTitle);
+  const char16_t* GetTitle() const { return m_sTitle.c_str(); }
+  const char16_t* GetLongTitle() const { return m_sLongTitle.c_str(); }
+  void ChangeLongTitle(const char16_t* pwszLongTitle);
+  // The path name when set, else the title.
+  const char16_t* GetDefaultPathName() const;
+
+  // ---- Sheets --------------------------------------------------------------------
+  int Sheets() const { return m_nSize; }
+  // The sheet at nIndex, or null.
+  CSheetBase* SheetBase(int nIndex) const;
+  CSheetBase* GetActiveSheet() const { return SheetBase(m_nActiveSheet); }
+  void SetActiveSheet(int nIndex) { m_nActiveSheet = nIndex; }
+  // Appends pSheet (taken over) and gives it its index; returns the index. Throws
+  // CZelException (memory); pSheet is then deleted.
+  int AddSheet(std::unique_ptr<CSheetBase> pSheet);
+  // Appends a new empty sheet named pwszName, or a new-sheet name when null. Null
+  // when the name is taken (the sheet is not added). Throws CZelException (memory).
+  CSheetBase* NewSheet(const char16_t* pwszName = nullptr);
+  // The first sheet, in index order, whose name equals pwszName: ignoring case with
+  // bIgnoreCase, else exactly. Null when none.
+  CSheetBase* FindSheetBase(const char16_t* pwszName, bool bIgnoreCase) const;
+  // The counter for new-sheet names; past 256 it restarts at 1.
+  int GetNextSheetIndex();
+  // The new-sheet pattern filled with the next index that no sheet uses (in any
+  // case). Kept in the book; valid until the next call.
+  const char16_t* GetNewSheetName();
+  // A copy of GetNewSheetName() owned by the book until RemoveAllSheetName().
+  const char16_t* MakeSheetName();
+  void RemoveAllSheetName() { m_SheetNames.clear(); }
+  // Gives each sheet its index in the array, after sheets were inserted or moved.
+  void FixSheetNumbers();
+
+  // ---- Flags ---------------------------------------------------------------------
+  bool IsInited() const { return m_bInited; }
+  void SetInited(bool b) { m_bInited = b; }
+  // Sets the modified mark once the book is initialised.
+  void SetModified();
+  bool IsModified() const { return (m_cSettings & kSetModified) != 0; }
+  void ClearModified() { m_cSettings &= static_cast<unsigned char>(~kSetModified); }
+  unsigned char GetSettings() const { return m_cSettings; }
+  unsigned char GetRecalcState() const { return m_cRecalcState; }
+  bool IsUndoRedoBook() const { return (m_cSettings & kSetUndoRedoBook) != 0; }
+  bool IsTempBook() const { return (m_cSettings & kSetTempBook) != 0; }
+  void SetUndoRedoBook(bool b) { SetSetting(kSetUndoRedoBook, b); }
+  void SetTempBook(bool b) { SetSetting(kSetTempBook, b); }
+
+  // ---- Recalculation -------------------------------------------------------------
+  void SetNeedsRecalc() { m_cRecalcState |= kStNeedsRecalc; }
+  bool GetNeedsRecalc() const { return (m_cRecalcState & kStNeedsRecalc) != 0; }
+  void SetNeedsRecalcAllFormulas() { m_cRecalcState |= kStRecalcAll | kStNeedsRecalc; }
+  // The order of formulas must be rebuilt (in full when nFull is set; a pending full
+  // request stays); the book needs recalculation.
+  void InvalidateFormulasOrder(int nFull);
+  // Tells the host first (OnSetAutomaticRecalc), stores the option, then CheckRecalc(1).
+  void SetAutomaticRecalc(int nOn);
+  bool GetAutomaticRecalc() const { return (m_cSettings & kSetAutomatic) != 0; }
+  // Nothing when unchanged. Switching on turns a pending recalculation into one of all
+  // formulas, and invalidates the order in full.
+  void SetMinimalRecalc(int nOn);
+  bool GetMinimalRecalc() const { return (m_cSettings & kSetMinimal) != 0; }
+  void SetIteration(int nOn, unsigned nMaxIterations, double rMaxChange);
+  bool GetIteration() const { return (m_cSettings & kSetIteration) != 0; }
+  unsigned GetMaxIterations() const { return m_nMaxIterations; }
+  double GetMaxChange() const { return m_rMaxChange; }
+  bool HasCircularRefs() const { return (m_cRecalcState & kStCircular) != 0; }
+  // With nAutomaticOnly and automatic recalculation off, only clears the
+  // needs-recalculation mark and returns 0. Otherwise runs Recalc() when that mark is
+  // set and returns its result; the mark is clear afterwards.
+  int CheckRecalc(int nAutomaticOnly);
+  // The full cycle: 0 at once while a recalculation runs. Otherwise StartRecalc, the
+  // order rebuilt when invalid, every formula that needs it recomputed, RecalcObjects,
+  // EndRecalc. Returns the result of the order check (0 when nothing was rebuilt or
+  // the rebuild succeeded).
+  virtual int Recalc();
+  void StartRecalc();
+  void EndRecalc();
+  bool IsRecalculating() const { return (m_cRecalcState & kStRecalculating) != 0; }
+  // 0 when the order is valid; otherwise UpdateFormulasOrder()'s result.
+  int CheckFormulasOrder();
+  // The recalculation chain (defined with the chain): rebuilds the dependency-ordered
+  // list of formula cells and clears the order marks; walks it and recomputes what
+  // needs it.
+  int UpdateFormulasOrder();
+  void RecalcAllFormulas();
+  // Head of the chain of formula cells; null while it is not built or empty.
+  CFormulaCell* GetFormulaOrder() const { return m_pFormulaOrder; }
+  void SetFormulaOrder(CFormulaCell* pHead) { m_pFormulaOrder = pHead; }
+  void SetCircularRefs(bool b);
+
+  // ---- Notifications, empty here, filled by the host --------------------------------
+  virtual void OnSetAutomaticRecalc(int /*nOn*/) {}
+  virtual void OnEndRecalc() {}
+  virtual void RecalcObjects() {}
+  virtual void NotifyCircularRefs() {}
+  virtual void InvalidateRange(CSheetBase* /*pSheet*/, const TCell& /*cell*/, int /*nFlags*/) {}
+  virtual void InvalidateRange(CSheetBase* /*pSheet*/, const TRange& /*range*/, int /*nFlags*/) {}
+  virtual void InvalidateRange(CSheetBase* /*pSheet*/, const TRegion& /*region*/, int /*nFlags*/) {}
+  virtual void InvalidateEdit() {}
+  virtual void SetColWidthAuto(CSheetBase* /*pSheet*/, int /*nCol1*/, int /*nCol2*/) {}
+  virtual void UpdateView(CSheetBase* /*pSheet*/) {}
+  virtual void UpdateAllViews() {}
+  virtual void UpdateRows(CSheetBase* /*pSheet*/, int /*nRow1*/, int /*nRow2*/) {}
+  virtual void UpdateRowHeaderLayout(CSheetBase* /*pSheet*/) {}
+  virtual void SetProgressBar(int /*nPercent*/, const char16_t* /*pwszText*/) {}
+  virtual void OnSheetsChanged() {}
+  virtual void OnSheetsArrangeChanged() {}
+  virtual void UpdatePrintArea(CSheetBase* /*pSheet*/) {}
+  // An add-in function the host knows by name; null when none.
+  virtual CAddInFunc* FindExternFunc(const char16_t* /*pwszName*/) { return nullptr; }
+  // Conversion hooks: the base keeps the value.
+  virtual int ColWidthToTwips(int nWidth) { return nWidth; }
+  virtual int TwipsToColWidth(int nTwips) { return nTwips; }
+  virtual int GetPaletteIndex(unsigned /*nColor*/) { return 0; }
+
+ private:
+  void SetSetting(unsigned char cBit, bool b) {
+    m_cSettings = b ? static_cast<unsigned char>(m_cSettings | cBit)
+                    : static_cast<unsigned char>(m_cSettings & ~cBit);
+  }
+
+  static CBookBase* m_pFirst;
+  static bool m_bBooksOrderInvalid;
+  CBookBase* m_pNext = nullptr;
+
+  std::u16string m_sPathName;
+  std::u16string m_sTitle;
+  std::u16string m_sLongTitle;
+  CFormulaCell* m_pFormulaOrder = nullptr;  // not owned: the cells belong to the rows
+  int m_nNextSheetIndex = 1;
+  int m_nActiveSheet = 0;
+  std::u16string m_sNewSheetName;
+  std::vector<std::unique_ptr<char16_t[]>> m_SheetNames;
+  unsigned char m_cSettings = 0;
+  unsigned char m_cRecalcState = 0;
+  bool m_bInited = false;
+  unsigned m_nMaxIterations = 100;
+  double m_rMaxChange = 0.001;
+};
