@@ -12,6 +12,10 @@
 
 namespace {
 
+// Relative flags of a column word.
+constexpr unsigned short kColRelative = 0x4000;
+constexpr unsigned short kRowRelative = 0x8000;
+
 constexpr char16_t kApostrophe = u'\'';
 constexpr char16_t kFullWidthApostrophe = u'\uFF07';
 

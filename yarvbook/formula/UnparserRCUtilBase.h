@@ -12,9 +12,8 @@ class TCell;
 
 class YARVBOOK_API CUnparserRCUtilBase {
  public:
-  // Relative flags of the column word of a reference token; bits 0-7 are the column.
-  static constexpr unsigned short kColRelative = 0x4000;
-  static constexpr unsigned short kRowRelative = 0x8000;
+  // A column word is that of the reference tokens: bits 0-7 the column, bit 14 set
+  // when the column is relative, bit 15 when the row is.
 
   // ---- A1 -----------------------------------------------------------------------
   // "1".."65536" for nRow & 0xFFFF, "$" in front when not relative.
