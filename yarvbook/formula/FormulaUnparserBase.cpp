@@ -286,6 +286,7 @@ void CFormulaUnparserBase::Fail(const std::u16string& sMessage, std::u16string& 
 bool CFormulaUnparserBase::Unparse(std::u16string& out) {
   out.clear();
   Reset();
+  if (AtEnd()) return true;  // no formula, no text
   bool bOk = true;
   while (bOk && !AtEnd()) {
     const unsigned char cBase = GetToken();

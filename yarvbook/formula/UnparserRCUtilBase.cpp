@@ -232,6 +232,10 @@ void CUnparserRCUtilBase::FormatNumber(std::u16string& s, double r, char16_t cDe
     s += u"#NUM!";
     return;
   }
+  if (r == 0 && std::signbit(r)) {
+    s += u"-0";  // an array item typed as -0 keeps its sign bit
+    return;
+  }
   char16_t acText[TGeneralNumber::kMaxText];
   int nLen = 0;
   for (int nPrecision = TGeneralNumber::kPrecision; nPrecision <= 17; ++nPrecision) {
