@@ -1,0 +1,1354 @@
+#include "formula/FormulaParser.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <iterator>
+#include <string_view>
+#include <vector>
+
+#include "base/A1Text.h"
+#include "base/ZelException.h"
+#include "book/BookBase.h"
+#include "book/SheetBase.h"
+#include "platform/Locale.h"
+#include "platform/ResourceIds.h"
+#include "platform/Resources.h"
+#include "platform/TextServices.h"
+
+struct CFormulaParser::TParseOp {
+  static constexpr int kMaxText = 8;
+  enum EKind : unsigned char { okBinary = 0, okPrefix = 1, okPostfix = 2 };
+  char16_t szText[kMaxText] = {};  // upper case
+  int nLen = 0;
+  unsigned char cToken = 0;
+  int nLevel = 0;  // 0 binds tightest
+  EKind nKind = okBinary;
+  bool bRefOp = false;  // range, intersection, union: the operands are references
+};
+
+// One open function call.
+struct CFormulaParser::TFrame {
+  const TParseFunc* pFunc = nullptr;
+  int nStart = 0;  // output position of the first argument
+  int nArgs = 0;
+  unsigned char cAttr = 0;  // 0, kAttrIf or kAttrChoose
+  int nAttrs = 0;
+  int anAttrPos[kMaxNestedCalls] = {};  // tAttr tokens written behind the arguments
+};
+
+// What a parsed sub-expression leaves for its consumer: the token whose class the
+// consumer decides (-1: none) and the class that token has by nature.
+struct CFormulaParser::TOperand {
+  int nPos = -1;
+  unsigned char cNatural = 0;
+  bool bRefOp = false;  // the sub-expression ends in a reference operator
+};
+
+namespace {
+
+struct TOpDef {
+  unsigned nResId;
+  unsigned char cToken;
+  int nLevel;
+  unsigned char nKind;  // TParseOp::EKind
+};
+
+// Token codes and levels of the operators whose texts come from the resources.
+// Union takes the list separator and intersection is white space; both are added
+// by hand.
+constexpr TOpDef kOpDefs[] = {
+    {IDS_OP_RANGE, CFormulaBase::tRange, 0, 0}, {IDS_OP_UMINUS, CFormulaBase::tUminus, 3, 1},
+    {IDS_OP_UPLUS, CFormulaBase::tUplus, 3, 1}, {IDS_OP_PERCENT, CFormulaBase::tPercent, 4, 2},
+    {IDS_OP_POWER, CFormulaBase::tPower, 5, 0}, {IDS_OP_DIV, CFormulaBase::tDiv, 6, 0},
+    {IDS_OP_MUL, CFormulaBase::tMul, 6, 0},     {IDS_OP_SUB, CFormulaBase::tSub, 7, 0},
+    {IDS_OP_ADD, CFormulaBase::tAdd, 7, 0},     {IDS_OP_CONCAT, CFormulaBase::tConcat, 8, 0},
+    {IDS_OP_GT, CFormulaBase::tGT, 9, 0},       {IDS_OP_GE, CFormulaBase::tGE, 9, 0},
+    {IDS_OP_LT, CFormulaBase::tLT, 9, 0},       {IDS_OP_LE, CFormulaBase::tLE, 9, 0},
+    {IDS_OP_NE, CFormulaBase::tNE, 9, 0},       {IDS_OP_EQ, CFormulaBase::tEQ, 9, 0},
+};
+constexpr int kTopLevel = 9;
+
+// BIFF8 error literals; keep in step with the error texts of TValue.
+struct TErrorLiteral {
+  const char16_t* pwszText;
+  int nLen;
+  unsigned char cCode;
+};
+constexpr TErrorLiteral kErrorLiterals[] = {
+    {u"#NULL!", 6, 0x00}, {u"#DIV/0!", 7, 0x07}, {u"#VALUE!", 7, 0x0F}, {u"#REF!", 5, 0x17},
+    {u"#NAME?", 6, 0x1D}, {u"#NUM!", 5, 0x24},   {u"#N/A", 4, 0x2A},
+};
+
+inline char16_t Upper(char16_t c) {
+  if (c < 0x80) return (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - 32) : c;
+  return ToUpperChar(c);
+}
+inline bool IsWhite(char16_t c) {
+  return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n' || c == 0x00A0 || c == 0x3000;
+}
+inline bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+inline bool IsAsciiLetter(char16_t c) {
+  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+}
+inline bool IsLetter(char16_t c) {
+  if (c < 0x80) return IsAsciiLetter(c);
+  return !IsWhite(c) && IsLetterChar(c);
+}
+// First character of a function or defined name.
+inline bool IsNameStart(char16_t c) { return IsLetter(c) || c == u'_' || c == u'\\'; }
+// Later characters of a function name.
+inline bool IsFuncChar(char16_t c) {
+  return IsLetter(c) || IsDigit(c) || c == u'_' || c == u'.' || (c >= 0x80 && IsDigitChar(c));
+}
+// Later characters of a defined name.
+inline bool IsNameChar(char16_t c) { return IsFuncChar(c) || c == u'\\' || c == u'?'; }
+
+// Characters that end an unquoted sheet or book prefix.
+inline bool EndsPrefix(char16_t c) {
+  switch (c) {
+    case 0:
+    case u' ':
+    case u'\t':
+    case u'\r':
+    case u'\n':
+    case u'+':
+    case u'-':
+    case u'*':
+    case u'/':
+    case u'^':
+    case u'&':
+    case u'=':
+    case u'<':
+    case u'>':
+    case u'(':
+    case u')':
+    case u',':
+    case u';':
+    case u'{':
+    case u'}':
+    case u'"':
+    case u'\'':
+    case u'%':
+    case u'!':
+      return true;
+    default:
+      return IsWhite(c);
+  }
+}
+
+bool EqualNoCase(const char16_t* p, const char16_t* pwszUpper, int nLen) {
+  for (int i = 0; i < nLen; i++)
+    if (Upper(p[i]) != pwszUpper[i]) return false;
+  return true;
+}
+
+// A file name rejected as a book: empty name and extension, or a part that starts
+// with a character no file name starts with.
+bool IsBadBookPath(const char16_t* p, int nLen) {
+  int nStart = 0;
+  for (int i = 0; i < nLen; i++)
+    if (p[i] == u'\\' || p[i] == u'/') nStart = i + 1;
+  int nDot = nLen;
+  for (int i = nLen - 1; i >= nStart; i--)
+    if (p[i] == u'.') {
+      nDot = i;
+      break;
+    }
+  const int nName = nDot - nStart;
+  const int nExt = nDot < nLen ? nLen - nDot - 1 : 0;
+  if (nName == 0 && nExt == 0) return true;
+  auto bad = [](char16_t c) {
+    return std::u16string_view(u"/:*?\"<>|").find(c) != std::u16string_view::npos;
+  };
+  if (nName > 0 && bad(p[nStart])) return true;
+  if (nExt > 0 && bad(p[nDot + 1])) return true;
+  return false;
+}
+
+}  // namespace
+
+// ---- CParseFuncIndex ------------------------------------------------------------
+
+unsigned CParseFuncIndex::Hash(const char16_t* p, int nLen) {
+  unsigned h = 2166136261u;
+  for (int i = 0; i < nLen; i++) h = (h ^ Upper(p[i])) * 16777619u;
+  return h;
+}
+
+void CParseFuncIndex::Grow() {
+  const int nNewCap = m_nCapacity ? m_nCapacity * 2 : 256;
+  std::unique_ptr<TSlot[]> pNew(new TSlot[static_cast<size_t>(nNewCap)]);
+  for (int i = 0; i < m_nCapacity; i++) {
+    const TSlot& s = m_pSlots[i];
+    if (!s.pFunc) continue;
+    unsigned j = s.nHash & static_cast<unsigned>(nNewCap - 1);
+    while (pNew[j].pFunc) j = (j + 1) & static_cast<unsigned>(nNewCap - 1);
+    pNew[j] = s;
+  }
+  m_pSlots = std::move(pNew);
+  m_nCapacity = nNewCap;
+}
+
+void CParseFuncIndex::Add(const TParseFunc* pFunc, bool bLocal) {
+  if (!pFunc || pFunc->nFunc == 255) return;
+  const char16_t* pwsz = bLocal && pFunc->pwszLocalName ? pFunc->pwszLocalName : pFunc->pwszName;
+  if (!pwsz || !*pwsz) return;
+  const int nLen = static_cast<int>(std::char_traits<char16_t>::length(pwsz));
+  if (Find(pwsz, nLen)) return;
+  if ((m_nCount + 1) * 2 > m_nCapacity) Grow();
+  const unsigned h = Hash(pwsz, nLen);
+  unsigned j = h & static_cast<unsigned>(m_nCapacity - 1);
+  while (m_pSlots[j].pFunc) j = (j + 1) & static_cast<unsigned>(m_nCapacity - 1);
+  m_pSlots[j] = TSlot{pwsz, pFunc, h};
+  m_nCount++;
+}
+
+const TParseFunc* CParseFuncIndex::Find(const char16_t* p, int nLen) const {
+  if (!m_nCapacity || nLen <= 0) return nullptr;
+  const unsigned h = Hash(p, nLen);
+  for (unsigned j = h & static_cast<unsigned>(m_nCapacity - 1);;
+       j = (j + 1) & static_cast<unsigned>(m_nCapacity - 1)) {
+    const TSlot& s = m_pSlots[j];
+    if (!s.pFunc) return nullptr;
+    if (s.nHash == h && s.pwszName[nLen] == 0 && EqualNoCase(p, s.pwszName, nLen)) return s.pFunc;
+  }
+}
+
+// ---- Construction ---------------------------------------------------------------
+
+CFormulaParser::CFormulaParser(CBookBase* pBook, CSheetBase* pSheet, const TCell& base,
+                               bool bEnglish)
+    : CFormulaIterator(pBook, pSheet, base),
+      m_bEnglish(bEnglish),
+      m_pFrames(new TFrame[kMaxNestedCalls]) {
+  Grow(m_pOut, m_nOutCap, 2048);
+  Grow(m_pAdded, m_nAddedCap, 2048);
+  m_sScratch.reserve(256);
+}
+
+CFormulaParser::~CFormulaParser() = default;
+
+void CFormulaParser::SetFormulaType(EFormulaType type) {
+  CFormulaIterator::SetFormulaType(type);
+  m_bForce3d = type == ftChart || type == ftName || type == ftBuiltInName || type == ftExternName;
+  m_bNo3d = type == ftShared || type == ftCondFormat || type == ftDataValid;
+  // The formula's own result: a cell formula keeps references as references;
+  // conditions and validations want values; names and linked formulas keep
+  // references and take anything else as an array.
+  if (type == ftCellValue || type == ftCondFormat || type == ftDataValid)
+    m_cTypeClass = kClassValue;
+  else if (type == ftName || type == ftBuiltInName || type == ftExternName || type == ftLinked)
+    m_cTypeClass = 0;  // reference kept, else array
+  else
+    m_cTypeClass = kClassRef;
+}
+
+// ---- Default lookups ------------------------------------------------------------
+// Sheets come from the book; functions, names and external sheets are answered by
+// the tables that provide them, and are unknown here.
+
+const TParseFunc* CFormulaParser::FindFunction(const char16_t*, int) { return nullptr; }
+bool CFormulaParser::FindExternFunction(const char16_t*, int, int*, int*, int*) { return false; }
+int CFormulaParser::FindSheet(const char16_t* p, int nLen) {
+  if (!m_pBook) return -1;
+  m_sName.assign(p, static_cast<size_t>(nLen));
+  const CSheetBase* pSheet = m_pBook->FindSheetBase(m_sName.c_str(), /*bIgnoreCase=*/true);
+  return pSheet ? pSheet->GetSheetIndex() : -1;
+}
+int CFormulaParser::FindExternSheet(const TExternPrefix&, bool) { return -1; }
+int CFormulaParser::FindOwnExternSheet(int) { return -1; }
+int CFormulaParser::FindName(const char16_t*, int, bool) { return 0; }
+int CFormulaParser::FindExternName(int, const char16_t*, int, bool) { return 0; }
+int CFormulaParser::GetFormulaSheetIndex() { return m_pSheet ? m_pSheet->GetSheetIndex() : 0; }
+
+int CFormulaParser::NextRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
+                                   unsigned char* pFlags2, TRange* pRange) {
+  int nFlags1 = 0, nFlags2 = 0;
+  if (!CvtRange(ppText, pIsRange, &nFlags1, &nFlags2, pRange)) return 0;
+  *pFlags1 = static_cast<unsigned char>(nFlags1);
+  *pFlags2 = static_cast<unsigned char>(nFlags2);
+  return 1;
+}
+
+// ---- Output buffers -------------------------------------------------------------
+
+void CFormulaParser::Grow(std::unique_ptr<unsigned char[]>& p, int& nCap, int nNeed) {
+  if (nNeed <= nCap) return;
+  int nNew = nCap ? nCap : 2048;
+  while (nNew < nNeed) nNew *= 2;
+  unsigned char* pNew = new (std::nothrow) unsigned char[static_cast<size_t>(nNew)];
+  if (!pNew) CZelException::ThrowMemory();
+  if (nCap) std::memcpy(pNew, p.get(), static_cast<size_t>(nCap));
+  p.reset(pNew);
+  nCap = nNew;
+}
+
+unsigned char* CFormulaParser::Out(int nBytes) {
+  if (m_nOut + nBytes > m_nOutCap) Grow(m_pOut, m_nOutCap, m_nOut + nBytes);
+  unsigned char* p = m_pOut.get() + m_nOut;
+  m_nOut += nBytes;
+  return p;
+}
+
+unsigned char* CFormulaParser::OutAdded(int nBytes) {
+  if (m_nAdded + nBytes > m_nAddedCap) Grow(m_pAdded, m_nAddedCap, m_nAdded + nBytes);
+  unsigned char* p = m_pAdded.get() + m_nAdded;
+  m_nAdded += nBytes;
+  return p;
+}
+
+void CFormulaParser::Insert(int nPos, int nBytes) {
+  Out(nBytes);
+  std::memmove(m_pOut.get() + nPos + nBytes, m_pOut.get() + nPos,
+               static_cast<size_t>(m_nOut - nBytes - nPos));
+}
+
+void CFormulaParser::InsertAdded(int nPos, int nBytes) {
+  OutAdded(nBytes);
+  std::memmove(m_pAdded.get() + nPos + nBytes, m_pAdded.get() + nPos,
+               static_cast<size_t>(m_nAdded - nBytes - nPos));
+}
+
+// ---- Parse ----------------------------------------------------------------------
+
+void CFormulaParser::SetError(int nError, const char16_t* pAt) {
+  if (m_nError) return;
+  m_nError = nError;
+  m_nErrorPos = pAt ? static_cast<int>(pAt - m_pText) : 0;
+}
+
+void CFormulaParser::Reset(const char16_t* pwszText) {
+  m_pText = m_p = m_pTokStart = pwszText;
+  m_nKind = lkEnd;
+  m_nOut = kPrefixLen;
+  m_nAdded = 0;
+  m_nError = m_nErrorPos = 0;
+  m_bVolatile = false;
+  m_bInArgs = m_bInArray = false;
+  m_nDepth = 0;
+  m_nFrames = 0;
+  if (m_bEnglish) {
+    m_cDecimal = u'.';
+    m_cArgSep = m_cUnion = u',';
+  } else {
+    const TLocaleSettings& ls = GetLocaleSettings();
+    m_cDecimal = ls.cDecimal;
+    m_cArgSep = m_cUnion = ls.cList;
+  }
+  EnsureOps();
+}
+
+void CFormulaParser::EnsureOps() {
+  // Two caches, English and local; the union text is the only difference.
+  struct TCache {
+    TParseOp aOps[std::size(kOpDefs) + 1];
+    int nOps = 0;
+    unsigned nResourceGen = ~0u;
+    unsigned nLocaleGen = ~0u;
+    bool bBuilt = false;
+  };
+  static TCache s_aCache[2];
+  TCache& c = s_aCache[m_bEnglish ? 0 : 1];
+  const unsigned nResGen = GetResourceGeneration();
+  const unsigned nLocGen = m_bEnglish ? 0 : GetLocaleGeneration();
+  if (!c.bBuilt || c.nResourceGen != nResGen || c.nLocaleGen != nLocGen) {
+    c.nOps = 0;
+    for (const TOpDef& d : kOpDefs) {
+      const char16_t* pwsz = LoadResourceString(d.nResId);
+      if (!pwsz) continue;
+      TParseOp& op = c.aOps[c.nOps];
+      op.nLen = 0;
+      while (pwsz[op.nLen] && op.nLen < TParseOp::kMaxText - 1) {
+        op.szText[op.nLen] = Upper(pwsz[op.nLen]);
+        op.nLen++;
+      }
+      op.szText[op.nLen] = 0;
+      bool bAllWhite = true;
+      for (int i = 0; i < op.nLen; i++) bAllWhite = bAllWhite && IsWhite(op.szText[i]);
+      if (op.nLen == 0 || bAllWhite) continue;
+      op.cToken = d.cToken;
+      op.nLevel = d.nLevel;
+      op.nKind = static_cast<TParseOp::EKind>(d.nKind);
+      op.bRefOp = d.cToken == tRange;
+      c.nOps++;
+    }
+    TParseOp& un = c.aOps[c.nOps++];
+    un.szText[0] = m_cUnion;
+    un.szText[1] = 0;
+    un.nLen = 1;
+    un.cToken = tList;
+    un.nLevel = 2;
+    un.nKind = TParseOp::okBinary;
+    un.bRefOp = true;
+    c.nResourceGen = nResGen;
+    c.nLocaleGen = nLocGen;
+    c.bBuilt = true;
+  }
+  m_pOps = c.aOps;
+  m_nOps = c.nOps;
+}
+
+int CFormulaParser::Parse(const char16_t* pwszText, EFormulaType type) {
+  SetFormulaType(type);
+  Reset(pwszText ? pwszText : u"");
+  Next(false);
+  TOperand top = ParseExpr(kTopLevel);
+  if (!m_nError && m_nKind != lkEnd) SetError(perUnexpected);
+  if (!m_nError) {
+    FixOperand(top, m_cTypeClass);
+    const int nLen = m_nOut - (m_bVolatile ? 0 : kPrefixLen);
+    if (nLen > 0xFFFF || m_nAdded > 0xFFFF) SetError(perUnexpected, m_p);
+  }
+  if (m_nError) {
+    if (m_nError == perFewArgs) return kResultFewArgs;
+    if (m_nError == perManyArgs) return kResultManyArgs;
+    return kResultError;
+  }
+  unsigned char* p = m_pOut.get();
+  p[0] = tAttr;
+  p[1] = kAttrVolatile;
+  p[2] = p[3] = 0;
+  return kResultOk;
+}
+
+int CFormulaParser::Parse(const char16_t* pwszText, CFormula** ppFormula, EFormulaType type) {
+  const int nResult = Parse(pwszText, type);
+  if (nResult != kResultOk || !ppFormula) return nResult;
+  if (!*ppFormula) *ppFormula = new CFormula;
+  GetParseResults(*ppFormula);
+  return nResult;
+}
+
+void CFormulaParser::GetParseResults(CFormula* pFormula) const {
+  const int nSkip = m_bVolatile ? 0 : kPrefixLen;
+  pFormula->Set(m_pOut.get() + nSkip, m_nOut - nSkip, m_pAdded.get(), m_nAdded);
+}
+
+// ---- Lexer ----------------------------------------------------------------------
+
+void CFormulaParser::Next(bool bOperator) {
+  m_pFunc = nullptr;
+  m_nExternFunc = 0;
+  m_nExternSheet = -1;
+  const char16_t* pStart = m_p;
+  while (IsWhite(*m_p)) m_p++;
+  const bool bWhite = m_p != pStart;
+  m_pTokStart = m_p;
+  const char16_t c = *m_p;
+  if (c == 0) {
+    m_nKind = lkEnd;
+    return;
+  }
+  if (!bOperator && (IsDigit(c) || (c == m_cDecimal && IsDigit(m_p[1])))) {
+    if (!LexNumber()) m_nKind = lkBad;
+    return;
+  }
+  if (c == m_cArgSep && (m_bInArgs || m_bInArray)) {
+    m_p++;
+    m_nKind = lkSep;
+    return;
+  }
+  if (c != u')' && c != u'}' && c != u';') {
+    if (LexOperator(bOperator)) return;
+    if (bOperator && bWhite) {
+      // White space between two operands is the intersection operator.
+      static const TParseOp s_Isect = [] {
+        TParseOp op;
+        op.szText[0] = u' ';
+        op.nLen = 1;
+        op.cToken = tIsect;
+        op.nLevel = 1;
+        op.bRefOp = true;
+        return op;
+      }();
+      m_pTokStart = pStart;
+      m_pOp = &s_Isect;
+      m_nKind = lkOp;
+      return;
+    }
+  }
+  switch (c) {
+    case u')':
+      m_p++;
+      m_nKind = lkClose;
+      return;
+    case u'(':
+      m_p++;
+      m_nKind = lkOpen;
+      return;
+    case u'{':
+      m_p++;
+      m_nKind = lkArrOpen;
+      return;
+    case u'}':
+      m_p++;
+      m_nKind = lkArrClose;
+      return;
+    case u';':
+      m_p++;
+      m_nKind = lkRowSep;
+      return;
+    case u'"':
+      if (!LexString()) m_nKind = lkBad;
+      return;
+    default:
+      break;
+  }
+  m_nKind = lkBad;
+  if (bOperator) return;
+  if (c == u'#') {
+    if (LexErrorLiteral()) return;
+    m_nKind = lkBad;
+    return;
+  }
+  if (c == u'\'') {
+    // 'quoted prefix'! with '' standing for one apostrophe
+    const char16_t* q = m_p + 1;
+    m_sScratch.clear();
+    for (;;) {
+      if (*q == 0) return;
+      if (*q == u'\'') {
+        if (q[1] != u'\'') break;
+        q++;
+      }
+      m_sScratch.push_back(*q++);
+    }
+    if (q[1] != u'!') return;
+    if (!LexPrefixed(q + 2)) m_nKind = lkBad;
+    return;
+  }
+  if (!LexWord()) m_nKind = lkBad;
+}
+
+bool CFormulaParser::LexNumber() {
+  // digits [decimal digits] [E [sign] digits], read as ASCII for from_chars
+  char szBuf[80];
+  std::string sLong;
+  const char16_t* p = m_p;
+  int n = 0;
+  auto put = [&](char16_t c) {
+    if (n < static_cast<int>(sizeof szBuf) - 1)
+      szBuf[n] = static_cast<char>(c);
+    else {
+      if (sLong.empty()) sLong.assign(szBuf, static_cast<size_t>(n));
+      sLong.push_back(static_cast<char>(c));
+    }
+    n++;
+  };
+  bool bInt = true;
+  unsigned long long nValue = 0;
+  while (IsDigit(*p)) {
+    if (nValue < 100000000000000ull)
+      nValue = nValue * 10 + static_cast<unsigned>(*p - u'0');
+    else
+      bInt = false;
+    put(*p++);
+  }
+  if (*p == m_cDecimal && IsDigit(p[1])) {
+    bInt = false;
+    put(u'.');
+    p++;
+    while (IsDigit(*p)) put(*p++);
+  } else if (*p == m_cDecimal && p != m_p) {
+    put(u'.');  // "1." reads as 1
+    p++;
+  }
+  if ((*p == u'E' || *p == u'e') &&
+      (IsDigit(p[1]) || ((p[1] == u'+' || p[1] == u'-') && IsDigit(p[2])))) {
+    bInt = false;
+    put(u'e');
+    p++;
+    if (*p == u'+' || *p == u'-') put(*p++);
+    while (IsDigit(*p)) put(*p++);
+  }
+  double r;
+  if (bInt) {
+    r = static_cast<double>(nValue);
+  } else {
+    const char* pBegin = sLong.empty() ? szBuf : sLong.data();
+    const auto res = std::from_chars(pBegin, pBegin + n, r);
+    if (res.ec != std::errc() || !std::isfinite(r)) {
+      SetError(perUnexpected);
+      return false;
+    }
+  }
+  m_p = p;
+  m_nKind = lkNumber;
+  m_rNumber = r;
+  m_bIsInt = r >= 0 && r <= 65535 && r == std::floor(r);
+  m_wInt = m_bIsInt ? static_cast<unsigned short>(r) : 0;
+  return true;
+}
+
+bool CFormulaParser::LexString() {
+  const char16_t* p = m_p + 1;
+  int nCount = 0;
+  for (;;) {
+    if (*p == 0) {
+      SetError(perNoEndQuote);
+      return false;
+    }
+    if (*p == u'"') {
+      if (p[1] != u'"') break;
+      p++;
+    }
+    p++;
+    nCount++;
+  }
+  if (nCount > kMaxStringLen) {
+    SetError(perStringTooLong);
+    return false;
+  }
+  m_pStr = m_p + 1;
+  m_nStrRaw = static_cast<int>(p - m_pStr);
+  m_nStrLen = nCount;
+  m_p = p + 1;
+  m_nKind = lkString;
+  return true;
+}
+
+bool CFormulaParser::LexOperator(bool bOperator) {
+  const TParseOp* pBest = nullptr;
+  const char16_t c0 = Upper(*m_p);
+  for (int i = 0; i < m_nOps; i++) {
+    const TParseOp& op = m_pOps[i];
+    if ((op.nKind == TParseOp::okPrefix) == bOperator) continue;
+    if (op.szText[0] != c0) continue;
+    if (pBest && op.nLen <= pBest->nLen) continue;
+    if (EqualNoCase(m_p, op.szText, op.nLen)) pBest = &op;
+  }
+  if (!pBest) return false;
+  m_p += pBest->nLen;
+  m_pOp = pBest;
+  m_nKind = lkOp;
+  return true;
+}
+
+bool CFormulaParser::LexErrorLiteral() {
+  for (const TErrorLiteral& e : kErrorLiterals) {
+    if (EqualNoCase(m_p, e.pwszText, e.nLen)) {
+      m_p += e.nLen;
+      m_cErr = e.cCode;
+      m_nKind = lkError;
+      return true;
+    }
+  }
+  return false;
+}
+
+bool CFormulaParser::LexWord() {
+  const char16_t* p = m_p;
+  // 1. function name followed by "("
+  if (IsNameStart(*p) && *p != u'\\') {
+    const char16_t* q = p + 1;
+    while (IsFuncChar(*q)) q++;
+    const char16_t* r = q;
+    while (IsWhite(*r)) r++;
+    if (*r == u'(') {
+      const int nLen = static_cast<int>(q - p);
+      if (const TParseFunc* pFunc = FindFunction(p, nLen)) {
+        m_pFunc = pFunc;
+        m_p = r + 1;
+        m_nKind = lkFunc;
+        return true;
+      }
+      int nFunc = 0, nExternSheet = -1, nName = 0;
+      if (FindExternFunction(p, nLen, &nFunc, &nExternSheet, &nName)) {
+        m_ExternFunc = TParseFunc{};
+        m_ExternFunc.nFunc = static_cast<unsigned short>(nFunc);
+        m_ExternFunc.nMinArgs = 1;  // the function's name counts as the first argument
+        m_ExternFunc.nMaxArgs = kMaxNestedCalls + 1;
+        m_ExternFunc.nResultClass = 2;
+        m_ExternFunc.wArgClasses = 0x5555;  // every argument a reference
+        m_ExternFunc.bVarArgs = true;
+        m_pFunc = &m_ExternFunc;
+        m_nExternFunc = nFunc;
+        m_nExternSheet = nExternSheet;
+        m_nNameIndex = nName;
+        m_p = r + 1;
+        m_nKind = lkFunc;
+        return true;
+      }
+      // "A1 (B1)" is an intersection, not a call
+      const char16_t* t = p;
+      int nIsRange;
+      unsigned char f1, f2;
+      TRange range;
+      if (q == r || !NextRangeToken(&t, &nIsRange, &f1, &f2, &range) || t != q) {
+        SetError(perNotFunction);
+        return false;
+      }
+    }
+  }
+  // 2. unquoted sheet or book prefix up to "!"
+  {
+    const char16_t* q = p;
+    while (!EndsPrefix(*q)) q++;
+    if (*q == u'!' && q != p) {
+      m_sScratch.assign(p, q);
+      return LexPrefixed(q + 1);
+    }
+  }
+  // 3. cell or rectangle
+  if (NextRangeToken(&m_p, &m_nIsRange, &m_cFlags1, &m_cFlags2, &m_Range)) {
+    m_nKind = lkRef;
+    return true;
+  }
+  // 4. TRUE, FALSE and defined names
+  if (IsNameStart(*p)) {
+    const char16_t* q = p + 1;
+    while (IsNameChar(*q)) q++;
+    const int nLen = static_cast<int>(q - p);
+    if ((nLen == 4 && EqualNoCase(p, u"TRUE", 4)) || (nLen == 5 && EqualNoCase(p, u"FALSE", 5))) {
+      m_bBool = nLen == 4;
+      m_p = q;
+      m_nKind = lkBool;
+      return true;
+    }
+    if (m_bInArray) return false;
+    if (const int nName = FindName(p, nLen, m_bCreateNames)) {
+      m_nNameIndex = nName;
+      m_p = q;
+      m_nKind = lkName;
+      return true;
+    }
+  }
+  return false;
+}
+
+bool CFormulaParser::LexPrefixed(const char16_t* pAfter) {
+  // The prefix text is in m_sScratch, unquoted.
+  const int nLen = static_cast<int>(m_sScratch.size());
+  if (nLen == 0 || nLen >= 256) return false;
+  const char16_t* s = m_sScratch.data();
+  TExternPrefix prefix;
+  const size_t nOpen = m_sScratch.find(u'[');
+  const size_t nClose = m_sScratch.rfind(u']');
+  std::u16string sBook;
+  if (nOpen != std::u16string::npos && nClose != std::u16string::npos && nClose > nOpen) {
+    // [book]sheet, [book]sheet1:sheet2, path[book]sheet
+    sBook.assign(s, nOpen);
+    sBook.append(s + nOpen + 1, nClose - nOpen - 1);
+    if (sBook.empty()) return false;
+    prefix.pBook = sBook.data();
+    prefix.nBookLen = static_cast<int>(sBook.size());
+    const char16_t* pSheets = s + nClose + 1;
+    const int nSheets = nLen - static_cast<int>(nClose) - 1;
+    int nColon = -1;
+    for (int i = 0; i < nSheets; i++)
+      if (pSheets[i] == u':') {
+        nColon = i;
+        break;
+      }
+    prefix.pSheet1 = pSheets;
+    prefix.nSheet1Len = nColon < 0 ? nSheets : nColon;
+    if (nColon >= 0) {
+      prefix.pSheet2 = pSheets + nColon + 1;
+      prefix.nSheet2Len = nSheets - nColon - 1;
+      if (prefix.nSheet1Len == 0 || prefix.nSheet2Len == 0) return false;
+    }
+  } else if (FindSheet(s, nLen) >= 0) {
+    prefix.pSheet1 = s;
+    prefix.nSheet1Len = nLen;
+  } else {
+    const size_t nColon = m_sScratch.find(u':');
+    if (nColon != std::u16string::npos && nColon > 0 &&
+        FindSheet(s, static_cast<int>(nColon)) >= 0) {
+      prefix.pSheet1 = s;
+      prefix.nSheet1Len = static_cast<int>(nColon);
+      prefix.pSheet2 = s + nColon + 1;
+      prefix.nSheet2Len = nLen - static_cast<int>(nColon) - 1;
+      if (prefix.nSheet2Len == 0) return false;
+    } else {
+      // not a sheet of this book: the whole prefix names a book
+      if (IsBadBookPath(s, nLen)) return false;
+      prefix.pBook = s;
+      prefix.nBookLen = nLen;
+    }
+  }
+  if (m_bNo3d) {
+    SetError(per3dForbidden);
+    return false;
+  }
+  m_p = pAfter;
+  if (NextRangeToken(&m_p, &m_nIsRange, &m_cFlags1, &m_cFlags2, &m_Range)) {
+    const int nExtern = FindExternSheet(prefix, false);
+    if (nExtern < 0) return false;
+    m_nExternSheet = nExtern;
+    m_nKind = lkRef;
+    return true;
+  }
+  // a name of that book
+  const char16_t* q = m_p;
+  if (!IsNameStart(*q)) return false;
+  q++;
+  while (IsNameChar(*q)) q++;
+  const int nExtern = FindExternSheet(prefix, true);
+  if (nExtern < 0) return false;
+  const int nName = FindExternName(nExtern, m_p, static_cast<int>(q - m_p), m_bCreateNames);
+  if (nName <= 0) return false;
+  m_nExternSheet = nExtern;
+  m_nNameIndex = nName;
+  m_p = q;
+  m_nKind = lkNameX;
+  return true;
+}
+
+// ---- Parser ---------------------------------------------------------------------
+
+void CFormulaParser::FixOperand(const TOperand& op, unsigned char cWant) {
+  if (op.nPos < 0 || !op.cNatural) return;
+  unsigned char cClass;
+  if (cWant == kClassRef)
+    cClass = op.cNatural;
+  else if (cWant == 0)  // keep a reference, take anything else as an array
+    cClass = op.cNatural == kClassRef ? kClassRef : kClassArray;
+  else
+    cClass = cWant;
+  unsigned char& c = m_pOut[op.nPos];
+  c = static_cast<unsigned char>((TokenBase(c) & 0x1F) | cClass);
+}
+
+CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
+  TOperand left;
+  if (++m_nDepth > kMaxDepth) {
+    SetError(perUnexpected);
+    m_nDepth--;
+    return left;
+  }
+  if (m_nKind == lkOp && m_pOp->nKind == TParseOp::okPrefix && m_pOp->nLevel <= nMaxLevel) {
+    const TParseOp* pOp = m_pOp;
+    Next(false);
+    TOperand x = ParseExpr(pOp->nLevel);
+    if (!m_nError) {
+      FixOperand(x, kClassValue);
+      left.nPos = m_nOut;
+      *Out(1) = pOp->cToken;
+    }
+  } else {
+    left = ParseElement();
+  }
+  while (!m_nError && m_nKind == lkOp) {
+    const TParseOp* pOp = m_pOp;
+    if (pOp->nLevel > nMaxLevel) break;
+    if (pOp->nKind == TParseOp::okPostfix) {
+      FixOperand(left, kClassValue);
+      left = TOperand{};
+      left.nPos = m_nOut;
+      *Out(1) = pOp->cToken;
+      Next(true);
+      continue;
+    }
+    const unsigned char cWant = pOp->bRefOp ? kClassRef : kClassValue;
+    FixOperand(left, cWant);
+    Next(false);
+    TOperand right = ParseExpr(pOp->nLevel - 1);
+    if (m_nError) break;
+    FixOperand(right, cWant);
+    left = TOperand{};
+    left.nPos = m_nOut;
+    left.bRefOp = pOp->bRefOp;
+    *Out(1) = pOp->cToken;
+  }
+  m_nDepth--;
+  return left;
+}
+
+void CFormulaParser::PutRef(unsigned char cBase, int nExternSheet) {
+  // [extern sheet] row (row2) col (col2); a part without "$" is relative and in
+  // offset form holds the distance from the base cell, wrapping around the sheet.
+  const bool bOffset = m_bRelRCIsOffset || cBase == tRefN || cBase == tAreaN;
+  auto rowOf = [&](int nRow, unsigned char cFlags) {
+    if (!(cFlags & kAbsRow) && bOffset) nRow = (nRow - m_Base.row) & 0xFFFF;
+    return static_cast<unsigned short>(nRow);
+  };
+  auto colOf = [&](int nCol, unsigned char cFlags) {
+    if (!(cFlags & kAbsCol) && bOffset) nCol = (nCol - m_Base.col) & 0xFF;
+    unsigned w = static_cast<unsigned>(nCol) & 0xFF;
+    if (!(cFlags & kAbsCol)) w |= kColRelative;
+    if (!(cFlags & kAbsRow)) w |= kRowRelative;
+    return static_cast<unsigned short>(w);
+  };
+  const bool bArea = cBase == tArea || cBase == tAreaN || cBase == tArea3d;
+  TPostfixPtr p(Out(1 + (nExternSheet >= 0 ? 2 : 0) + (bArea ? 8 : 4)));
+  p.Put(static_cast<unsigned char>(cBase));
+  if (nExternSheet >= 0) p.Put(static_cast<unsigned short>(nExternSheet));
+  if (bArea) {
+    p.PutRowNr(rowOf(m_Range.Row1(), m_cFlags1));
+    p.PutRowNr(rowOf(m_Range.Row2(), m_cFlags2));
+    p.PutColNr(colOf(m_Range.Col1(), m_cFlags1));
+    p.PutColNr(colOf(m_Range.Col2(), m_cFlags2));
+  } else {
+    p.PutRowNr(rowOf(m_Range.Row1(), m_cFlags1));
+    p.PutColNr(colOf(m_Range.Col1(), m_cFlags1));
+  }
+}
+
+CFormulaParser::TOperand CFormulaParser::ParseElement() {
+  TOperand res;
+  switch (m_nKind) {
+    case lkNumber: {
+      res.nPos = m_nOut;
+      TPostfixPtr p(Out(m_bIsInt ? 3 : 9));
+      if (m_bIsInt) {
+        p.Put(tInt);
+        p.Put(m_wInt);
+      } else {
+        p.Put(tNum);
+        p.Put(m_rNumber);
+      }
+      Next(true);
+      return res;
+    }
+    case lkString: {
+      res.nPos = m_nOut;
+      TPostfixPtr p(Out(2 + 2 * m_nStrLen));
+      p.Put(tStr);
+      p.Put(static_cast<unsigned char>(m_nStrLen));
+      p.PutStr(m_pStr, m_nStrRaw);
+      Next(true);
+      return res;
+    }
+    case lkBool:
+    case lkError: {
+      res.nPos = m_nOut;
+      unsigned char* p = Out(2);
+      p[0] = m_nKind == lkBool ? tBool : tErr;
+      p[1] = m_nKind == lkBool ? (m_bBool ? 1 : 0) : m_cErr;
+      Next(true);
+      return res;
+    }
+    case lkRef: {
+      const bool bArea = m_nIsRange != 0;
+      int nExtern = m_nExternSheet;
+      if (nExtern < 0 && m_bForce3d) {
+        nExtern = FindOwnExternSheet(GetFormulaSheetIndex());
+        if (nExtern < 0) {
+          SetError(perUnexpected);
+          return res;
+        }
+      }
+      unsigned char cBase;
+      const bool bRel = !(m_cFlags1 & kAbsCol) || !(m_cFlags1 & kAbsRow) ||
+                        (bArea && (!(m_cFlags2 & kAbsCol) || !(m_cFlags2 & kAbsRow)));
+      if (nExtern >= 0)
+        cBase = bArea ? tArea3d : tRef3d;
+      else if (m_bRelRCIsOffset && bRel)
+        cBase = bArea ? tAreaN : tRefN;
+      else
+        cBase = bArea ? tArea : tRef;
+      res.nPos = m_nOut;
+      res.cNatural = kClassRef;
+      PutRef(cBase, nExtern);
+      Next(true);
+      return res;
+    }
+    case lkName:
+    case lkNameX: {
+      res.nPos = m_nOut;
+      res.cNatural = kClassRef;
+      const bool bX = m_nKind == lkNameX;
+      TPostfixPtr p(Out(bX ? 7 : 5));
+      p.Put(static_cast<unsigned char>(bX ? tNameX : tName));
+      if (bX) p.Put(static_cast<unsigned short>(m_nExternSheet));
+      p.Put(static_cast<unsigned short>(m_nNameIndex));
+      p.Zero(2);
+      Next(true);
+      return res;
+    }
+    case lkOpen: {
+      const bool bInArgs = m_bInArgs;
+      m_bInArgs = false;
+      Next(false);
+      res = ParseExpr(kTopLevel);
+      if (m_nError) return res;
+      if (m_nKind != lkClose) {
+        SetError(perMissingParen);
+        return res;
+      }
+      m_bInArgs = bInArgs;
+      *Out(1) = tParen;
+      Next(true);
+      return res;
+    }
+    case lkArrOpen:
+      return ParseArray();
+    case lkFunc:
+      return ParseFunc();
+    default:
+      SetError(perUnexpected);
+      return res;
+  }
+}
+
+CFormulaParser::TOperand CFormulaParser::ParseArray() {
+  TOperand res;
+  if (m_bInArray) {
+    SetError(perUnexpected);
+    return res;
+  }
+  const bool bInArgs = m_bInArgs;
+  m_bInArgs = false;
+  m_bInArray = true;
+  res.nPos = m_nOut;
+  res.cNatural = kClassArray;
+  TPostfixPtr p(Out(8));
+  p.Put(tArray);
+  p.Zero(7);
+  // columns - 1, rows - 1, then the items row by row
+  const int nHeader = m_nAdded;
+  OutAdded(3);
+  int nCols = 0, nRows = 0, nRowItems = 0;
+  Next(false);
+  while (!m_nError) {
+    if (!ParseArrayItem()) break;
+    if (++nRowItems > 255) {
+      SetError(perUnexpected);
+      break;
+    }
+    Next(true);
+    if (m_nKind == lkSep) {
+      Next(false);
+      continue;
+    }
+    if (m_nKind != lkRowSep && m_nKind != lkArrClose) {
+      SetError(perUnexpected);
+      break;
+    }
+    if (nRows == 0)
+      nCols = nRowItems;
+    else if (nRowItems != nCols) {
+      SetError(perUnexpected);
+      break;
+    }
+    nRowItems = 0;
+    if (++nRows >= 65536) {
+      SetError(perUnexpected);
+      break;
+    }
+    if (m_nKind == lkArrClose) break;
+    Next(false);
+  }
+  if (m_nError) return res;
+  TPostfixPtr h(m_pAdded.get() + nHeader);
+  h.Put(static_cast<unsigned char>(nCols - 1));
+  h.Put(static_cast<unsigned short>(nRows - 1));
+  m_bInArray = false;
+  m_bInArgs = bInArgs;
+  Next(true);
+  return res;
+}
+
+bool CFormulaParser::ParseArrayItem() {
+  double rSign = 1;
+  if (m_nKind == lkOp && (m_pOp->cToken == tUminus || m_pOp->cToken == tUplus)) {
+    if (m_pOp->cToken == tUminus) rSign = -1;
+    Next(false);
+    if (m_nKind != lkNumber) {
+      SetError(perUnexpected);
+      return false;
+    }
+  }
+  switch (m_nKind) {
+    case lkNumber: {
+      TPostfixPtr p(OutAdded(9));
+      p.Put(kItemNumber);
+      p.Put(rSign * m_rNumber);
+      return true;
+    }
+    case lkString: {
+      TPostfixPtr p(OutAdded(3 + 2 * m_nStrLen));
+      p.Put(kItemString);
+      p.Put(static_cast<unsigned short>(m_nStrLen));
+      p.PutStr(m_pStr, m_nStrRaw);
+      return true;
+    }
+    case lkBool:
+    case lkError: {
+      TPostfixPtr p(OutAdded(9));
+      p.Put(m_nKind == lkBool ? kItemBool : kItemError);
+      p.Put(static_cast<unsigned char>(m_nKind == lkBool ? (m_bBool ? 1 : 0) : m_cErr));
+      p.Zero(7);
+      return true;
+    }
+    default:
+      SetError(perUnexpected);
+      return false;
+  }
+}
+
+CFormulaParser::TOperand CFormulaParser::ParseFunc() {
+  TOperand res;
+  if (m_nFrames >= kMaxNestedCalls) {
+    SetError(perTooDeep);
+    return res;
+  }
+  TFrame& f = m_pFrames[m_nFrames++];
+  f.pFunc = m_pFunc;
+  f.nArgs = 0;
+  f.nAttrs = 0;
+  f.cAttr = f.pFunc->nFunc == 1 ? kAttrIf : f.pFunc->nFunc == 100 ? kAttrChoose : 0;
+  if (m_nExternFunc) f.cAttr = 0;
+  if (f.pFunc->bVolatile) m_bVolatile = true;
+  const bool bInArgs = m_bInArgs, bInArray = m_bInArray;
+  m_bInArgs = true;
+  m_bInArray = false;
+  const bool bExtern = m_nExternFunc != 0;
+  if (bExtern) {
+    // The external function's name is the first argument.
+    TPostfixPtr p(Out(7));
+    p.Put(static_cast<unsigned char>(tNameX));
+    p.Put(static_cast<unsigned short>(m_nExternSheet));
+    p.Put(static_cast<unsigned short>(m_nNameIndex));
+    p.Zero(2);
+    f.nArgs = 1;
+  }
+  f.nStart = m_nOut;
+  const TParseFunc* pFunc = f.pFunc;
+  Next(false);
+  bool bLastEmpty = false;
+  if (m_nKind != lkClose) {
+    for (;;) {
+      if (m_nKind == lkEnd) {
+        SetError(f.nArgs < pFunc->nMinArgs ? perFewArgs : perMissingParen);
+        break;
+      }
+      if (f.nArgs >= pFunc->nMaxArgs) {
+        SetError(perManyArgs);
+        break;
+      }
+      const int nArgStart = m_nOut, nAddedStart = m_nAdded;
+      bLastEmpty = m_nKind == lkSep || m_nKind == lkClose;
+      if (bLastEmpty) {
+        *Out(1) = tMissArg;
+      } else {
+        TOperand x = ParseExpr(kTopLevel);
+        if (m_nError) break;
+        const int nClass = pFunc->GetArgClass(f.nArgs);
+        const unsigned char cWant = nClass == 1   ? kClassRef
+                                    : nClass == 3 ? kClassArray
+                                                  : kClassValue;
+        FixOperand(x, cWant);
+        if (nClass == 1 && x.bRefOp) InsertMemToken(nArgStart, nAddedStart);
+      }
+      f.nArgs++;
+      if (f.cAttr && f.nAttrs < kMaxNestedCalls) {
+        f.anAttrPos[f.nAttrs++] = m_nOut;
+        TPostfixPtr p(Out(4));
+        p.Put(tAttr);
+        p.Put(static_cast<unsigned char>(f.nAttrs == 1 ? f.cAttr : kAttrSkip));
+        p.Put(static_cast<unsigned short>(0));
+      }
+      if (m_nKind == lkSep) {
+        Next(false);
+        continue;
+      }
+      if (m_nKind == lkClose) break;
+      SetError(f.nArgs < pFunc->nMinArgs ? perFewArgs : perMissingParen);
+      break;
+    }
+  }
+  if (!m_nError && f.nArgs < pFunc->nMinArgs) SetError(bLastEmpty ? perFewArgs : perFewArgsAtParen);
+  m_bInArgs = bInArgs;
+  m_bInArray = bInArray;
+  if (m_nError) {
+    m_nFrames--;
+    return res;
+  }
+  if (pFunc->nFunc == 4 && f.nArgs == 1 && !bExtern) {
+    // SUM of one argument: the evaluator sums the top of the stack
+    TPostfixPtr p(Out(4));
+    p.Put(tAttr);
+    p.Put(kAttrSum);
+    p.Put(static_cast<unsigned short>(0));
+  } else {
+    res.nPos = m_nOut;
+    res.cNatural = pFunc->nResultClass == 1   ? kClassRef
+                   : pFunc->nResultClass == 3 ? kClassArray
+                                              : kClassValue;
+    TPostfixPtr p(Out(pFunc->bVarArgs ? 4 : 3));
+    p.Put(static_cast<unsigned char>((pFunc->bVarArgs ? tFuncVar : tFunc) | kClassValue));
+    if (pFunc->bVarArgs) p.Put(static_cast<unsigned char>(f.nArgs));
+    p.Put(static_cast<unsigned short>(pFunc->nFunc));
+    if (f.cAttr) {
+      const int nShift = f.cAttr == kAttrChoose ? 2 * f.nArgs : 0;
+      PatchAttrs(f, m_nOut);
+      res.nPos += nShift;
+    }
+  }
+  m_nFrames--;
+  Next(true);
+  return res;
+}
+
+void CFormulaParser::PatchAttrs(const TFrame& f, int nFuncEnd) {
+  // Each tAttr is 4 bytes: code, flags, data word. A skip word is the distance from
+  // the end of its tAttr to the end of the function token, minus 1.
+  unsigned char* pOut = m_pOut.get();
+  auto putWord = [&](int nPos, int nValue) {
+    pOut[nPos + 2] = static_cast<unsigned char>(nValue);
+    pOut[nPos + 3] = static_cast<unsigned char>(nValue >> 8);
+  };
+  for (int i = 1; i < f.nAttrs; i++) putWord(f.anAttrPos[i], nFuncEnd - (f.anAttrPos[i] + 4) - 1);
+  if (f.cAttr == kAttrIf) {
+    // condition: jump from behind its tAttr to behind the tAttr of the next argument
+    putWord(f.anAttrPos[0], f.nAttrs > 1 ? f.anAttrPos[1] - f.anAttrPos[0] : 0);
+    return;
+  }
+  // CHOOSE: the first tAttr becomes a choice over nArgs - 1 values and gets one jump
+  // word per argument: that argument's tAttr distance from the first, plus the
+  // table's size.
+  const int nTable = 2 * f.nAttrs;
+  const int nFirst = f.anAttrPos[0];
+  putWord(nFirst, f.nAttrs - 1);
+  pOut[nFirst + 1] = kAttrChoose;
+  Insert(nFirst + 4, nTable);
+  pOut = m_pOut.get();
+  for (int i = 0; i < f.nAttrs; i++) {
+    const int nValue = f.anAttrPos[i] - nFirst + nTable;
+    pOut[nFirst + 4 + 2 * i] = static_cast<unsigned char>(nValue);
+    pOut[nFirst + 5 + 2 * i] = static_cast<unsigned char>(nValue >> 8);
+  }
+}
+
+void CFormulaParser::InsertMemToken(int nStart, int nAddedStart) {
+  // Marks of the sub-expression's tokens.
+  bool bRef = false, bNotComputable = false, bError = false, bFunc = false, bOffset = false;
+  TPostfixPtr p(m_pOut.get() + nStart);
+  const TPostfixPtr end(m_pOut.get() + m_nOut);
+  while (p < end) {
+    const unsigned char cBase = TokenBase(p.GetToken());
+    switch (cBase) {
+      case tRefN:
+      case tAreaN:
+        bOffset = true;
+        bRef = true;
+        break;
+      case tRef:
+      case tArea: {
+        bRef = true;
+        if (m_bRelRCIsOffset) bOffset = true;
+        break;
+      }
+      case tRefErr:
+      case tAreaErr:
+        bRef = bError = true;
+        break;
+      case tFunc:
+      case tFuncVar:
+        bNotComputable = bFunc = true;
+        break;
+      case tName:
+      case tNameX:
+      case tRef3d:
+      case tArea3d:
+        bNotComputable = true;
+        break;
+      case tRefErr3d:
+      case tAreaErr3d:
+        bNotComputable = bError = true;
+        break;
+      case tErr:
+        bError = true;
+        break;
+      case tRange:
+      case tIsect:
+      case tList:
+      case tParen:
+        break;
+      default:
+        bNotComputable = true;
+        break;
+    }
+    p.NextToken(cBase);
+  }
+  (void)bRef;
+  const int nLen = m_nOut - nStart;
+  std::vector<TRange> ranges;
+  bool bComputed = false;
+  if (!bError && !bNotComputable && !bOffset) {
+    // Evaluate the references: a stack of range lists, each list a run in ranges.
+    std::vector<size_t> starts;
+    bComputed = true;
+    TPostfixPtr q(m_pOut.get() + nStart);
+    while (bComputed && q < end) {
+      const unsigned char cBase = TokenBase(q.GetToken());
+      if (cBase == tRef) {
+        const int nRow = q.GetRowNr(), nCol = q.GetColNr() & 0xFF;
+        starts.push_back(ranges.size());
+        ranges.emplace_back(nRow, nCol);
+      } else if (cBase == tArea) {
+        const int nRow1 = q.GetRowNr(), nRow2 = q.GetRowNr();
+        const int nCol1 = q.GetColNr() & 0xFF, nCol2 = q.GetColNr() & 0xFF;
+        starts.push_back(ranges.size());
+        ranges.emplace_back(nRow1, nCol1, nRow2, nCol2);
+      } else if (cBase == tParen) {
+        continue;
+      } else {
+        if (starts.size() < 2) {
+          bComputed = false;
+          break;
+        }
+        const size_t nB = starts.back();
+        starts.pop_back();
+        const size_t nA = starts.back();
+        if (cBase == tRange) {
+          TRange box = ranges[nA];
+          for (size_t i = nA + 1; i < ranges.size(); i++) box.Union(box, ranges[i]);
+          ranges.resize(nA);
+          ranges.push_back(box);
+        } else if (cBase == tIsect) {
+          std::vector<TRange> out;
+          for (size_t i = nA; i < nB; i++)
+            for (size_t j = nB; j < ranges.size(); j++) {
+              TRange r;
+              if (r.Intersect(ranges[i], ranges[j])) out.push_back(r);
+              if (out.size() > 8000) break;
+            }
+          if (out.empty()) bError = true;
+          ranges.resize(nA);
+          ranges.insert(ranges.end(), out.begin(), out.end());
+          if (bError) bComputed = false;
+        }
+        // tList: the two runs are already adjacent
+      }
+      if (ranges.size() > 8000) bComputed = false;
+    }
+    if (starts.size() != 1) bComputed = false;
+  }
+  if (bComputed) {
+    // tMemArea: 4 reserved bytes, sub-expression length; added data: count, ranges
+    const int nRanges = static_cast<int>(ranges.size());
+    InsertAdded(nAddedStart, 2 + 8 * nRanges);
+    TPostfixPtr a(m_pAdded.get() + nAddedStart);
+    a.Put(static_cast<unsigned short>(nRanges));
+    for (const TRange& r : ranges) {
+      a.PutRowNr(r.Row1());
+      a.PutRowNr(r.Row2());
+      a.PutColNr(r.Col1());
+      a.PutColNr(r.Col2());
+    }
+    Insert(nStart, 7);
+    TPostfixPtr t(m_pOut.get() + nStart);
+    t.Put(static_cast<unsigned char>(tMemArea));
+    t.Zero(4);
+    t.Put(static_cast<unsigned short>(nLen));
+    return;
+  }
+  unsigned char cToken;
+  if (bError)
+    cToken = tMemErr;
+  else if (bFunc)
+    cToken = tMemFunc;
+  else if (bOffset && !bNotComputable)
+    cToken = tMemAreaN;
+  else
+    cToken = bOffset ? tMemNoMemN : tMemNoMem;
+  const int nSize = TPostfixPtr::m_bSizes[cToken];
+  Insert(nStart, 1 + nSize);
+  TPostfixPtr t(m_pOut.get() + nStart);
+  t.Put(cToken);
+  if (nSize == 6) t.Zero(4);
+  t.Put(static_cast<unsigned short>(nLen));
+}
