@@ -6,12 +6,12 @@
 #include "base/Cell.h"
 #include "base/Range.h"
 #include "formula/FormulaConverter.h"
+#include "formula/FormulaModel.h"
 #include "formula/FormulaR1C1Parser.h"
 #include "formula/FormulaR1C1Unparser.h"
 #include "formula/FormulaUnparser.h"
 #include "formula/R1C1Text.h"
 #include "formula/UnparserRCUtilBase.h"
-#include "formula/FormulaModel.h"
 
 namespace {
 
@@ -34,16 +34,16 @@ constexpr TReadCase kReadCases[] = {
     {u"R65536C256", 0, 0, 1, 65535, 255, 65535, 255, 3, 3, 10},
     {u"R65537C1", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
     {u"R1C257", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
-    {u"R[1C", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},     // "[" without "]"
-    {u"R3", 5, 3, 1, 2, 0, 2, 255, 3, 3, 2},      // whole row, columns absolute
-    {u"C2", 5, 3, 1, 0, 1, 65535, 1, 3, 3, 2},    // whole column, rows absolute
+    {u"R[1C", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},    // "[" without "]"
+    {u"R3", 5, 3, 1, 2, 0, 2, 255, 3, 3, 2},    // whole row, columns absolute
+    {u"C2", 5, 3, 1, 0, 1, 65535, 1, 3, 3, 2},  // whole column, rows absolute
     {u"R[2]", 5, 3, 1, 7, 0, 7, 255, 1, 1, 4},
     {u"R5C1:R2C3", 0, 0, 1, 1, 0, 4, 2, 3, 3, 9},
     {u"R5C[1]:R2C3", 0, 0, 1, 1, 1, 4, 2, 2, 3, 11},  // row flags swap with rows
     {u"RC[2]..R[1]C", 0, 0, 1, 0, 0, 1, 2, 0, 0, 12},
     {u"R1C1:R3", 0, 0, 1, 0, 0, 0, 0, 3, 3, 4},  // no range with a whole-row corner
     {u"R1C1:", 0, 0, 1, 0, 0, 0, 0, 3, 3, 4},
-    {u"Rate", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},      // a name, not "R" and "ate"
+    {u"Rate", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},  // a name, not "R" and "ate"
     {u"R1C1x", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
     {u"", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
     // Relative parts wrap at the sheet's edges.
@@ -59,8 +59,8 @@ TEST(R1C1Reading, CellsRangesRowsAndColumns) {
     const char16_t* p = c.pwszText;
     int nIsRange = -1, nFlags1 = -1, nFlags2 = -1;
     TRange range;
-    ASSERT_EQ(c.nOk, CvtRangeR1C1(&p, TCell(c.nBaseRow, c.nBaseCol), &nIsRange, &nFlags1,
-                                  &nFlags2, &range));
+    ASSERT_EQ(c.nOk, CvtRangeR1C1(&p, TCell(c.nBaseRow, c.nBaseCol), &nIsRange, &nFlags1, &nFlags2,
+                                  &range));
     EXPECT_EQ(c.nConsumed, p - c.pwszText);
     if (!c.nOk) continue;
     EXPECT_EQ(TRange(c.nRow1, c.nCol1, c.nRow2, c.nCol2), range);
@@ -74,8 +74,9 @@ TEST(R1C1Reading, NumbersKeepTheirSignAndLimit) {
     const char16_t* pwszText;
     int nLimit, nOk, nValue;
   };
-  const TCase kCases[] = {{u"256", 256, 1, 256}, {u"257", 256, 0, 0}, {u"-256", 256, 1, -256},
-                          {u"+7", 256, 1, 7},    {u"-", 256, 0, 0},   {u"99999999999", 65536, 0, 0}};
+  const TCase kCases[] = {{u"256", 256, 1, 256},   {u"257", 256, 0, 0},
+                          {u"-256", 256, 1, -256}, {u"+7", 256, 1, 7},
+                          {u"-", 256, 0, 0},       {u"99999999999", 65536, 0, 0}};
   for (const TCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszText));
     const char16_t* p = c.pwszText;
@@ -95,9 +96,9 @@ TEST(R1C1Writing, OffsetsFromTheBase) {
     const char16_t* pwszExpected;
   };
   const TCase kCases[] = {
-      {u'R', 4, 0, false, u"R5"},        {u'C', 1, 3, true, u"C[-2]"},
-      {u'R', 7, 7, true, u"R"},          {u'R', 65535, 0, true, u"R[65535]"},
-      {u'C', 0, 255, true, u"C[-255]"},  {u'C', 255, 0, false, u"C256"},
+      {u'R', 4, 0, false, u"R5"},       {u'C', 1, 3, true, u"C[-2]"},
+      {u'R', 7, 7, true, u"R"},         {u'R', 65535, 0, true, u"R[65535]"},
+      {u'C', 0, 255, true, u"C[-255]"}, {u'C', 255, 0, false, u"C256"},
   };
   for (const TCase& c : kCases) {
     std::u16string s;
@@ -147,8 +148,8 @@ class CModelConverter : public CFormulaConverter {
  protected:
   std::unique_ptr<CFormulaParser> MakeParser(bool bR1C1) override {
     if (bR1C1) {
-      return std::make_unique<CBookModelParser<CFormulaR1C1Parser>>(
-          m_Model, nullptr, nullptr, m_Base, m_nType, m_nParseType);
+      return std::make_unique<CBookModelParser<CFormulaR1C1Parser>>(m_Model, nullptr, nullptr,
+                                                                    m_Base, m_nType, m_nParseType);
     }
     return std::make_unique<CBookModelParser<CFormulaParser>>(m_Model, nullptr, nullptr, m_Base,
                                                               true);

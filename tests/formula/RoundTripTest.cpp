@@ -38,7 +38,9 @@ class CFormulaGenerator {
 
  private:
   // The external-call numbers are reached through names, never typed.
-  static bool IsTyped(const TFuncInfo& f) { return f.nFunc != kFuncExtern && f.nFunc != kFuncAddIn; }
+  static bool IsTyped(const TFuncInfo& f) {
+    return f.nFunc != kFuncExtern && f.nFunc != kFuncAddIn;
+  }
 
   int Pick(int n) { return std::uniform_int_distribution<int>(0, n - 1)(m_Rng); }
 
@@ -51,8 +53,8 @@ class CFormulaGenerator {
         Operand(s);
         return;
       case 2: {
-        static const char16_t* const kOps[] = {u"+", u"-",  u"*",  u"/",  u"^", u"&", u"<",
-                                               u"<=", u"=", u">=", u">", u"<>"};
+        static const char16_t* const kOps[] = {u"+", u"-",  u"*", u"/",  u"^", u"&",
+                                               u"<", u"<=", u"=", u">=", u">", u"<>"};
         Expr(s, nDepth - 1);
         s += kOps[Pick(12)];
         Expr(s, nDepth - 1);
@@ -115,9 +117,9 @@ class CFormulaGenerator {
         return;
       }
       case 2: {
-        static const char16_t* const kConsts[] = {u"TRUE",   u"FALSE",  u"#NULL!", u"#DIV/0!",
-                                                  u"#VALUE!", u"#REF!", u"#NAME?", u"#NUM!",
-                                                  u"#N/A"};
+        static const char16_t* const kConsts[] = {u"TRUE",    u"FALSE",   u"#NULL!",
+                                                  u"#DIV/0!", u"#VALUE!", u"#REF!",
+                                                  u"#NAME?",  u"#NUM!",   u"#N/A"};
         s += kConsts[Pick(9)];
         return;
       }
@@ -137,17 +139,17 @@ class CFormulaGenerator {
   }
 
   void Number(std::u16string& s) {
-    static const char16_t* const kNumbers[] = {u"0",     u"65535", u"65536",   u"1.5",
-                                               u"0.1",   u"1E+20", u"2.5e-7",  u"123456789012345678",
-                                               u".25",   u"3.",    u"1E308",   u"0.30000000000000004",
-                                               u"7",     u"1e-9",  u"99999.99"};
+    static const char16_t* const kNumbers[] = {u"0",   u"65535", u"65536",   u"1.5",
+                                               u"0.1", u"1E+20", u"2.5e-7",  u"123456789012345678",
+                                               u".25", u"3.",    u"1E308",   u"0.30000000000000004",
+                                               u"7",   u"1e-9",  u"99999.99"};
     s += kNumbers[Pick(15)];
   }
 
   void Array(std::u16string& s) {
     const int nRows = 1 + Pick(3), nCols = 1 + Pick(3);
-    static const char16_t* const kItems[] = {u"1", u"-2.5", u"\"x\"\"y\"", u"TRUE", u"#N/A",
-                                             u"1E+100", u"FALSE", u"\"\""};
+    static const char16_t* const kItems[] = {u"1",    u"-2.5",   u"\"x\"\"y\"", u"TRUE",
+                                             u"#N/A", u"1E+100", u"FALSE",      u"\"\""};
     s += u"{";
     for (int r = 0; r < nRows; ++r) {
       if (r > 0) s += u";";
@@ -171,9 +173,9 @@ class CFormulaGenerator {
   // bDots: the range may be written "A1..B2", which cannot stand next to ":".
   void Reference(std::u16string& s, bool bDots = true) {
     static const char16_t* const kPrefixes[] = {
-        u"Sheet2!",         u"'Q1 Data'!",           u"Sales_2.v!",
-        u"'Bob''s'!",       u"Sheet1:Sheet2!",       u"'2024'!",
-        u"'R2C3'!",         u"[Book2.xls]Sheet1!",   u"'[My Book.xls]Jan:Feb'!",
+        u"Sheet2!",   u"'Q1 Data'!",         u"Sales_2.v!",
+        u"'Bob''s'!", u"Sheet1:Sheet2!",     u"'2024'!",
+        u"'R2C3'!",   u"[Book2.xls]Sheet1!", u"'[My Book.xls]Jan:Feb'!",
         u"'C12'!"};
     if (Pick(4) == 0) s += kPrefixes[Pick(10)];
     Cell(s);
@@ -220,8 +222,8 @@ bool CheckRoundTrip(TFormulaModel& model, const std::u16string& sText,
       if (nResult == 0) parser.GetParseResults(&second);
     }
     EXPECT_EQ(0, nResult) << (bR1C1 ? "R1C1" : "A1");
-    EXPECT_TRUE(first == second) << (bR1C1 ? "R1C1" : "A1") << "\n  first:  "
-                                 << FormulaHex(first) << "\n  second: " << FormulaHex(second);
+    EXPECT_TRUE(first == second) << (bR1C1 ? "R1C1" : "A1") << "\n  first:  " << FormulaHex(first)
+                                 << "\n  second: " << FormulaHex(second);
   }
   return true;
 }

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "formula/Formula.h"
+#include "formula/FormulaModel.h"
 #include "formula/FormulaUnparser.h"
 #include "formula/UnparserRCUtilBase.h"
 #include "platform/Locale.h"
-#include "formula/FormulaModel.h"
 
 namespace {
 
@@ -22,20 +22,20 @@ TEST(UnparserQuotes, NeedsQuotes) {
   };
   const TCase kCases[] = {
       {u"Sheet1", false},
-      {u"Sales_2.v", false},  // letters, digits, "_" and "." only
+      {u"Sales_2.v", false},       // letters, digits, "_" and "." only
       {u"\u00dcbersicht", false},  // a letter outside ASCII
       {u"Q1 Data", true},
       {u"Bob's", true},
       {u"a-b", true},
       {u"a!b", true},
-      {u"", true},       // "!A1" would not read
-      {u"2024", true},   // would read as a number
+      {u"", true},      // "!A1" would not read
+      {u"2024", true},  // would read as a number
       {u".5x", true},
-      {u"B7", true},     // would read as a cell
+      {u"B7", true},  // would read as a cell
       {u"IV65536", true},
-      {u"IW1", false},   // past the last column: not a cell
+      {u"IW1", false},  // past the last column: not a cell
       {u"A65537", false},
-      {u"R2C3", true},   // R1C1 cells
+      {u"R2C3", true},  // R1C1 cells
       {u"rc", true},
       {u"C12", true},
       {u"R1C1x", false},
@@ -94,9 +94,9 @@ TEST(UnparserNumbers, FifteenDigitsUnlessTheValueNeedsMore) {
       {0.5, u',', u"0,5"},
       {1e20, u'.', u"1E+20"},
       {1.5e-12, u'.', u"1.5E-12"},
-      {123456789012345.0, u'.', u"123456789012345"},  // 15 digits, exact
+      {123456789012345.0, u'.', u"123456789012345"},    // 15 digits, exact
       {1234567890123456.0, u'.', u"1234567890123456"},  // 16 digits needed
-      {0.1 + 0.2, u'.', u"0.30000000000000004"},       // 17 digits needed
+      {0.1 + 0.2, u'.', u"0.30000000000000004"},        // 17 digits needed
       {-2.25, u'.', u"-2.25"},
       {-0.0, u'.', u"-0"},
       {65536, u'.', u"65536"},
@@ -132,8 +132,8 @@ TEST(UnparserCells, A1Writers) {
     const char16_t* pwszExpected;
   };
   const TCase kCases[] = {
-      {0, 0, 0xC000, u"A1"},      {0, 0, 0x0000, u"$A$1"}, {0, 0, 0x4000, u"A$1"},
-      {0, 0, 0x8000, u"$A1"},     {65535, 255, 0xC0FF, u"IV65536"},
+      {0, 0, 0xC000, u"A1"},  {0, 0, 0x0000, u"$A$1"},          {0, 0, 0x4000, u"A$1"},
+      {0, 0, 0x8000, u"$A1"}, {65535, 255, 0xC0FF, u"IV65536"},
   };
   for (const TCase& c : kCases) {
     std::u16string s;
@@ -199,11 +199,11 @@ TEST_F(UnparserStreams, ArraysUseFixedSeparatorsInEveryLocale) {
   ASSERT_TRUE(SetLocale("de-DE"));
   // 2 columns, 2 rows: 1.5, "x""y" ; TRUE, #N/A
   const std::vector<unsigned char> added = {
-      1,    1,    0,                                         // columns - 1, rows - 1
-      0x01, 0,    0,    0, 0, 0, 0, 0xF8, 0x3F,                // 1.5
-      0x02, 3,    0,    'x', 0, '"', 0, 'y', 0,                // "x"y"
-      0x04, 1,    0,    0, 0, 0, 0, 0, 0,                      // TRUE
-      0x10, 0x2A, 0,    0, 0, 0, 0, 0, 0,                      // #N/A
+      1,    1,    0,                              // columns - 1, rows - 1
+      0x01, 0,    0, 0,   0, 0,   0, 0xF8, 0x3F,  // 1.5
+      0x02, 3,    0, 'x', 0, '"', 0, 'y',  0,     // "x"y"
+      0x04, 1,    0, 0,   0, 0,   0, 0,    0,     // TRUE
+      0x10, 0x2A, 0, 0,   0, 0,   0, 0,    0,     // #N/A
   };
   const std::u16string s = Unparse({0x60, 0, 0, 0, 0, 0, 0, 0}, added);
   EXPECT_EQ(u"{1.5,\"x\"\"y\";TRUE,#N/A}", s);

@@ -13,8 +13,7 @@ CFormulaConverter::~CFormulaConverter() = default;
 
 std::unique_ptr<CFormulaParser> CFormulaConverter::MakeParser(bool bR1C1) {
   if (bR1C1) {
-    return std::make_unique<CFormulaR1C1Parser>(m_pBook, m_pSheet, m_Base, m_nType,
-                                                m_nParseType);
+    return std::make_unique<CFormulaR1C1Parser>(m_pBook, m_pSheet, m_Base, m_nType, m_nParseType);
   }
   return std::make_unique<CFormulaParser>(m_pBook, m_pSheet, m_Base,
                                           m_nParseType == 1 || m_nParseType == 2);
@@ -38,8 +37,7 @@ std::u16string CFormulaConverter::ToR1C1(const char16_t* pwszText) {
   return Convert(pwszText, false, true);
 }
 
-std::u16string CFormulaConverter::Convert(const char16_t* pwszText, bool bFromR1C1,
-                                          bool bToR1C1) {
+std::u16string CFormulaConverter::Convert(const char16_t* pwszText, bool bFromR1C1, bool bToR1C1) {
   if (pwszText == nullptr) pwszText = u"";
   const bool bEquals = pwszText[0] == u'=';
   std::unique_ptr<CFormulaParser> pParser = MakeParser(bFromR1C1);

@@ -21,8 +21,8 @@ int CFormulaR1C1Parser::NextRangeToken(const char16_t** ppText, int* pIsRange,
   int nIsRangeA1 = 0;
   unsigned char cFlagsA1 = 0, cFlags2A1 = 0;
   TRange rangeA1;
-  const bool bA1 = CFormulaParser::NextRangeToken(&pA1, &nIsRangeA1, &cFlagsA1, &cFlags2A1,
-                                                  &rangeA1) != 0;
+  const bool bA1 =
+      CFormulaParser::NextRangeToken(&pA1, &nIsRangeA1, &cFlagsA1, &cFlags2A1, &rangeA1) != 0;
   const char16_t* pRC = *ppText;
   int nIsRangeRC = 0, nFlagsRC = 0, nFlags2RC = 0;
   TRange rangeRC;

@@ -1,7 +1,6 @@
 #include "formula/FormulaUnparser.h"
 
-void CFormulaUnparser::FormatCell(std::u16string& s, int nRow, int nCol,
-                                  unsigned short wColWord) {
+void CFormulaUnparser::FormatCell(std::u16string& s, int nRow, int nCol, unsigned short wColWord) {
   FormatRCNr(s, nRow, nCol, wColWord);
 }
 

@@ -138,14 +138,12 @@ int FixedSize(unsigned char cBase) {
 
 }  // namespace
 
-CFormulaUnparserBase::CFormulaUnparserBase(CBookBase* pBook, CSheetBase* pSheet,
-                                           CFormula* pFormula, EFormulaType type,
-                                           const TCell& base, int nParseType)
+CFormulaUnparserBase::CFormulaUnparserBase(CBookBase* pBook, CSheetBase* pSheet, CFormula* pFormula,
+                                           EFormulaType type, const TCell& base, int nParseType)
     : CFormulaIterator(pBook, pSheet, pFormula, type, base), m_nParseType(nParseType) {}
 
-CFormulaUnparserBase::CFormulaUnparserBase(CBookBase* pBook, CSheetBase* pSheet,
-                                           CFormula* pFormula, EFormulaType type, int nRow,
-                                           int nCol, int nParseType)
+CFormulaUnparserBase::CFormulaUnparserBase(CBookBase* pBook, CSheetBase* pSheet, CFormula* pFormula,
+                                           EFormulaType type, int nRow, int nCol, int nParseType)
     : CFormulaIterator(pBook, pSheet, pFormula, type, nRow, nCol), m_nParseType(nParseType) {}
 
 const std::u16string& CFormulaUnparserBase::GetUnknownFunctionFormat() {
@@ -580,8 +578,8 @@ bool CFormulaUnparserBase::DoExtended(const unsigned char* p) {
     if (nCount > 0xFFFFu || !ReadAdded(static_cast<int>(4 * nCount), &pList)) return false;
   }
   std::u16string sText;
-  const bool bLabel = cSubtype == 2 || cSubtype == 3 || cSubtype == 6 || cSubtype == 7 ||
-                      cSubtype == 10;
+  const bool bLabel =
+      cSubtype == 2 || cSubtype == 3 || cSubtype == 6 || cSubtype == 7 || cSubtype == 10;
   if (!bLabel || !GetLabelText(ReadWord(p + 1), ReadWord(p + 3) & 0xFF, &sText)) {
     sText = u"#NAME?";
   }
@@ -633,8 +631,8 @@ void CFormulaUnparserBase::DoReference(unsigned char cBase, const unsigned char*
     const int nRow2 = ReadWord(p + 2);
     const unsigned short wCol1 = ReadWord(p + 4);
     const unsigned short wCol2 = ReadWord(p + 6);
-    FormatRange(s, absRow(nRow1, wCol1), absCol(wCol1), wCol1, absRow(nRow2, wCol2),
-                absCol(wCol2), wCol2);
+    FormatRange(s, absRow(nRow1, wCol1), absCol(wCol1), wCol1, absRow(nRow2, wCol2), absCol(wCol2),
+                wCol2);
   }
   PushText(s);
 }

@@ -37,10 +37,10 @@ class YARVBOOK_API CFormulaUnparserBase : public CFormulaIterator,
  public:
   // The formula is not owned and must outlive the unparser. nParseType 1 and 2 write
   // English names with "." and ","; any other value the locale's.
-  CFormulaUnparserBase(CBookBase* pBook, CSheetBase* pSheet, CFormula* pFormula,
-                       EFormulaType type, const TCell& base, int nParseType);
-  CFormulaUnparserBase(CBookBase* pBook, CSheetBase* pSheet, CFormula* pFormula,
-                       EFormulaType type, int nRow, int nCol, int nParseType);
+  CFormulaUnparserBase(CBookBase* pBook, CSheetBase* pSheet, CFormula* pFormula, EFormulaType type,
+                       const TCell& base, int nParseType);
+  CFormulaUnparserBase(CBookBase* pBook, CSheetBase* pSheet, CFormula* pFormula, EFormulaType type,
+                       int nRow, int nCol, int nParseType);
 
   // Walks the stream from its start. Never reads outside the postfix or the added
   // data, whatever the bytes.

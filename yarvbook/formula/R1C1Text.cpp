@@ -19,8 +19,8 @@ char16_t FoldUpper(char16_t c) { return (c >= u'a' && c <= u'z') ? char16_t(c - 
 // Characters that may not follow a reference: they would make it part of a name.
 bool ContinuesName(char16_t c) {
   if (c < 0x80) {
-    return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') || IsAsciiDigit(c) ||
-           c == u'_' || c == u'\\' || c == u'?' || c == u'[';
+    return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') || IsAsciiDigit(c) || c == u'_' ||
+           c == u'\\' || c == u'?' || c == u'[';
   }
   return IsLetterChar(c) || IsDigitChar(c);
 }
@@ -84,8 +84,8 @@ int CvtR1C1Part(const char16_t** ppText, char16_t cLetter, int nBase, int nSize,
   return 1;
 }
 
-int CvtR1C1Corner(const char16_t** ppText, const TCell& base, int* pFlags, int* pParts,
-                  int* pRow, int* pCol) {
+int CvtR1C1Corner(const char16_t** ppText, const TCell& base, int* pFlags, int* pParts, int* pRow,
+                  int* pCol) {
   const char16_t* p = *ppText;
   int nFlags = 0, nParts = 0, nRow = 0, nCol = 0;
   bool bRelative = false;
@@ -123,8 +123,7 @@ int CvtRangeR1C1(const char16_t** ppText, const TCell& base, int* pIsRange, int*
       q += q[1] == u'.' ? 2 : 1;
     }
     int nFlags2 = 0, nParts2 = 0, nRow2 = 0, nCol2 = 0;
-    if (q != p && CvtR1C1Corner(&q, base, &nFlags2, &nParts2, &nRow2, &nCol2) &&
-        nParts2 == kBoth) {
+    if (q != p && CvtR1C1Corner(&q, base, &nFlags2, &nParts2, &nRow2, &nCol2) && nParts2 == kBoth) {
       // Each "absolute" mark travels with its coordinate when the corners swap.
       if (nRow1 > nRow2) {
         std::swap(nRow1, nRow2);

@@ -30,8 +30,8 @@ YARVBOOK_API int CvtR1C1Part(const char16_t** ppText, char16_t cLetter, int nBas
 // letter, digit, "_", "\\", "?" or "[". *pFlags gets kAbsCol and kAbsRow (A1Text.h) for
 // absolute parts, *pParts kR1C1HasRow and kR1C1HasCol; a missing part is left at 0.
 // Advances *ppText; returns 1, or 0.
-YARVBOOK_API int CvtR1C1Corner(const char16_t** ppText, const TCell& base, int* pFlags,
-                               int* pParts, int* pRow, int* pCol);
+YARVBOOK_API int CvtR1C1Corner(const char16_t** ppText, const TCell& base, int* pFlags, int* pParts,
+                               int* pRow, int* pCol);
 
 // A reference: a corner, optionally followed by ":", "." or ".." and a second corner.
 // A range needs both parts in both corners; its rows and columns are put in order,

@@ -165,8 +165,7 @@ bool CUnparserRCUtilBase::NeedsQuotes(const char16_t* pName, int nLen) {
          EqualsNoCase(pName, nLen, LoadResourceString(IDS_FN_FALSE));
 }
 
-void CUnparserRCUtilBase::AppendDoubledQuotes(std::u16string& s, const char16_t* pName,
-                                              int nLen) {
+void CUnparserRCUtilBase::AppendDoubledQuotes(std::u16string& s, const char16_t* pName, int nLen) {
   for (int i = 0; i < nLen; ++i) {
     s += pName[i];
     if (pName[i] == kApostrophe || pName[i] == kFullWidthApostrophe) s += pName[i];

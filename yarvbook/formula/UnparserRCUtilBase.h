@@ -37,9 +37,8 @@ class YARVBOOK_API CUnparserRCUtilBase {
   // Row text then column text, relative parts as offsets from base.
   static void FormatR1C1RCNr(std::u16string& s, int nRow, int nCol, unsigned short wColWord,
                              const TCell& base);
-  static void FormatR1C1RangeNr(std::u16string& s, int nRow1, int nCol1,
-                                unsigned short wColWord1, int nRow2, int nCol2,
-                                unsigned short wColWord2, const TCell& base);
+  static void FormatR1C1RangeNr(std::u16string& s, int nRow1, int nCol1, unsigned short wColWord1,
+                                int nRow2, int nCol2, unsigned short wColWord2, const TCell& base);
 
   // ---- Prefixes -----------------------------------------------------------------
   // True when a sheet or book name must stand between apostrophes: it holds a
@@ -60,8 +59,8 @@ class YARVBOOK_API CUnparserRCUtilBase {
   // "[book]" when pwszBook is not null, the first sheet, ":" and the last sheet when
   // pwszSheet2 is not null; the book without brackets when pwszSheet1 is null (a name
   // of that book). The whole prefix is quoted when any part needs it.
-  static void Concat3dPart(std::u16string& s, const char16_t* pwszBook,
-                           const char16_t* pwszSheet1, const char16_t* pwszSheet2);
+  static void Concat3dPart(std::u16string& s, const char16_t* pwszBook, const char16_t* pwszSheet1,
+                           const char16_t* pwszSheet2);
 
   // ---- Constants ----------------------------------------------------------------
   // The number as the General format shows it, 15 significant digits and cDecimal as
