@@ -555,7 +555,7 @@ void CSingleFormat::FormatFraction(double r, bool bShowSign) const {
   const bool bZeroFraction = bHasInteger && nNum == 0 && rBigNum == 0;
   if (bShowSign && (!whole.IsZero() || nNum != 0 || rBigNum != 0)) Append(u'-');
   std::string strWhole = whole.IntegerDigits();
-  if (bZeroFraction && strWhole.empty()) strWhole = "0";  // the value still shows
+  if (bZeroFraction && strWhole.empty()) strWhole.push_back('0');  // the value still shows
   TRightAligned integer(strWhole, m_aGroups[0].nCount, (m_aGroups[0].wFlags & gfGrouping) != 0,
                         GetLocaleSettings().cThousands);
   // A numerator beyond the exact range of doubles shows its 15 significant digits.
