@@ -3,6 +3,8 @@
 #include <cstring>
 #include <iterator>
 
+#include "book/BookBase.h"
+#include "book/SheetBase.h"
 #include "eval/Func.h"
 #include "formula/Formula.h"
 #include "platform/Locale.h"
@@ -179,9 +181,12 @@ bool CFormulaUnparserBase::GetFunction(int nFunc, std::u16string* pName, int* pn
   return true;
 }
 
-bool CFormulaUnparserBase::GetSheetName(int, std::u16string* pName) {
+bool CFormulaUnparserBase::GetSheetName(int nSheet, std::u16string* pName) {
   pName->clear();
-  return false;
+  const CSheetBase* pSheet = m_pBook ? m_pBook->SheetBase(nSheet) : nullptr;
+  if (pSheet == nullptr) return false;
+  *pName = pSheet->GetSheetName();
+  return true;
 }
 
 bool CFormulaUnparserBase::GetExternSheet(int, TExternPrefix*) { return false; }
