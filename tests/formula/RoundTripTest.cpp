@@ -250,6 +250,28 @@ TEST(FormulaRoundTrip, GeneratedCorpusInEveryTypeAndBothNotations) {
   EXPECT_GT(nParsed, nTried * 3 / 4);
 }
 
+// Texts whose tokens differ from those of the same text without its spaces.
+TEST(FormulaRoundTrip, SpacesTheTokensDependOn) {
+  TFormulaModel model;
+  const char16_t* const kTexts[] = {
+      u"A1:   C1",          // a cell, the range operator and a cell: not one rectangle
+      u"A1:B2: C3",         // a rectangle and a cell joined by the operator
+      u"Sheet2!A1: C1:D2",  // a 3-D cell before the operator
+      u"-A1: (C1)",
+      u"A1 B1",  // intersection
+      u"SUM( A1 , B1 )",
+  };
+  for (const char16_t* pwsz : kTexts) {
+    SCOPED_TRACE(Narrow(pwsz));
+    for (int nType = 0; nType <= CFormulaBase::ftLast; ++nType) {
+      const auto type = static_cast<CFormulaBase::EFormulaType>(nType);
+      const bool bParsed = CheckRoundTrip(model, pwsz, type, TCell(2, 2));
+      EXPECT_TRUE(bParsed || type == CFormulaBase::ftShared || type == CFormulaBase::ftCondFormat ||
+                  type == CFormulaBase::ftDataValid);
+    }
+  }
+}
+
 TEST(FormulaRoundTrip, EveryFunctionWithMinimumAndMaximumArguments) {
   TFormulaModel model;
   for (const TFuncInfo& f : g_FuncTable) {

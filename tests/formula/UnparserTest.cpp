@@ -169,6 +169,9 @@ TEST_F(UnparserStreams, ParenthesesOnlyWhereTheStreamKeepsThem) {
   EXPECT_EQ(u"1+2*3", Unparse({0x1E, 1, 0, 0x1E, 2, 0, 0x03, 0x1E, 3, 0, 0x05}));
   EXPECT_EQ(u"-2^2", Unparse({0x1E, 2, 0, 0x13, 0x1E, 2, 0, 0x07}));
   EXPECT_EQ(u"50%", Unparse({0x1E, 50, 0, 0x14}));
+  // Cell, cell, range operator: "A1:C1" would read back as one rectangle.
+  EXPECT_EQ(u"A1: C1", Unparse({0x24, 0, 0, 0, 0xC0, 0x24, 0, 0, 2, 0xC0, 0x11}));
+  EXPECT_EQ(u"A1:C1:D1", Unparse({0x25, 0, 0, 0, 0, 0, 0xC0, 2, 0xC0, 0x24, 0, 0, 3, 0xC0, 0x11}));
 }
 
 TEST_F(UnparserStreams, ConstantsAndDeletedReferences) {

@@ -318,8 +318,10 @@ bool CFormulaUnparserBase::Unparse(std::u16string& out) {
           bOk = false;
           break;
         }
-        Prepend(m_Stack.back(), NewPiece(u"(", 1));
-        Append(m_Stack.back(), NewPiece(u")", 1));
+        TFragment& f = m_Stack.back();
+        Prepend(f, NewPiece(u"(", 1));
+        Append(f, NewPiece(u")", 1));
+        f.bStartsWithRef = f.bEndsWithCell = false;
         break;
       }
       case tMissArg:
@@ -478,10 +480,13 @@ bool CFormulaUnparserBase::DoOperator(unsigned char cBase) {
   if (op.nKind != okBinary) {
     if (m_Stack.empty()) return false;
     const int nPiece = NewPiece(sText.data(), static_cast<int>(sText.size()));
+    TFragment& f = m_Stack.back();
     if (op.nKind == okPrefix) {
-      Prepend(m_Stack.back(), nPiece);
+      Prepend(f, nPiece);
+      f.bStartsWithRef = false;
     } else {
-      Append(m_Stack.back(), nPiece);
+      Append(f, nPiece);
+      f.bEndsWithCell = false;
     }
     return true;
   }
@@ -489,8 +494,12 @@ bool CFormulaUnparserBase::DoOperator(unsigned char cBase) {
   const TFragment right = m_Stack.back();
   m_Stack.pop_back();
   TFragment& left = m_Stack.back();
+  // Written as "A1:C1" a cell, the range operator and a cell would read back as one
+  // rectangle token; the space keeps them two operands.
+  if (cBase == tRange && left.bEndsWithCell && right.bStartsWithRef) sText += u' ';
   Append(left, NewPiece(sText.data(), static_cast<int>(sText.size())));
   AppendFragment(left, right);
+  left.bEndsWithCell = right.bEndsWithCell;
   return true;
 }
 
@@ -521,6 +530,7 @@ bool CFormulaUnparserBase::DoFunction(int nFunc, int nArgs, bool bFixed) {
     AppendFragment(call, m_Stack[j]);
   }
   Append(call, NewPiece(u")", 1));
+  call.bStartsWithRef = call.bEndsWithCell = false;
   m_Stack.resize(nFirst);
   m_Stack.push_back(call);
   return true;
@@ -631,6 +641,8 @@ void CFormulaUnparserBase::DoReference(unsigned char cBase, const unsigned char*
     const int nRow = ReadWord(p);
     const unsigned short wCol = ReadWord(p + 2);
     FormatCell(s, absRow(nRow, wCol), absCol(wCol), wCol);
+    PushText(s);
+    m_Stack.back().bEndsWithCell = true;
   } else {
     const int nRow1 = ReadWord(p);
     const int nRow2 = ReadWord(p + 2);
@@ -638,6 +650,7 @@ void CFormulaUnparserBase::DoReference(unsigned char cBase, const unsigned char*
     const unsigned short wCol2 = ReadWord(p + 6);
     FormatRange(s, absRow(nRow1, wCol1), absCol(wCol1), wCol1, absRow(nRow2, wCol2), absCol(wCol2),
                 wCol2);
+    PushText(s);
   }
-  PushText(s);
+  m_Stack.back().bStartsWithRef = true;
 }

@@ -107,6 +107,11 @@ class YARVBOOK_API CFormulaUnparserBase : public CFormulaIterator,
   struct TFragment {
     int nHead;  // -1: empty
     int nTail;
+    // The text begins with a reference, and ends with a single cell: "A1" ":" "C1"
+    // would read back as one range, so the range operator is written ": " between
+    // them.
+    bool bStartsWithRef = false;
+    bool bEndsWithCell = false;
   };
 
   void Reset();
