@@ -81,4 +81,71 @@ TEST(GeneralNumberTest, DecompositionAndPrecision) {
   }
 }
 
+std::string Fit(double r, int nWidth) {
+  TGeneralNumber num;
+  if (!num.SetWidth(r, nWidth)) return "<not finite>";
+  char16_t acBuf[TGeneralNumber::kMaxText];
+  const int n = num.Write(acBuf, TGeneralNumber::kMaxText);
+  return std::string(acBuf, acBuf + n);
+}
+
+// A cell of standard width shows at most 11 characters; the switch points sit one
+// digit either side of the room, and of the smallest fixed exponent (-4).
+TEST(GeneralNumberTest, WidthLimitedCellText) {
+  struct TCase {
+    double r;
+    int nWidth;
+    const char* pszText;
+  };
+  constexpr TCase kCases[] = {
+      {12345678901.0, 11, "12345678901"},   // 11 integer digits: fixed
+      {123456789012.0, 11, "1.23457E+11"},  // 12: exponent, 6 digits
+      {-1234567890.0, 11, "-1234567890"},   // the sign takes one character
+      {-12345678901.0, 11, "-1.2346E+10"},
+      {0.0001234, 11, "0.0001234"},   // exponent -4: fixed
+      {0.00001234, 11, "1.234E-05"},  // exponent -5: exponent notation
+      {2.0 / 3, 11, "0.666666667"},
+      {-2.0 / 3, 11, "-0.66666667"},
+      {1234.56789012345, 11, "1234.56789"},  // six decimals, the trailing zero dropped
+      {99999999999.5, 11, "1E+11"},          // rounding carries past the room
+      {0.99999999999, 11, "1"},
+      {1.00000000049999999, 11, "1.000000001"},  // rounds the 15 digits, as typed
+      {1.23456789e-100, 11, "1.2346E-100"},      // a third exponent digit costs a digit
+      {1.5e300, 11, "1.5E+300"},
+      {0, 11, "0"},
+      {-1e-300, 11, "-1E-300"},
+      {123456, 5, "1E+05"},
+      {2.0 / 3, 0, "0.666666666666667"},  // no width: 15 digits
+      {1e15, 0, "1E+15"},
+  };
+  for (const TCase& c : kCases) {
+    SCOPED_TRACE(c.pszText);
+    EXPECT_EQ(c.pszText, Fit(c.r, c.nWidth));
+  }
+  EXPECT_EQ("<not finite>", Fit(std::numeric_limits<double>::infinity(), 11));
+}
+
+// Every magnitude fits every width from 7 to 11 and reads back within half a unit of
+// its last shown digit.
+TEST(GeneralNumberTest, WidthSweepFitsAndKeepsTheValue) {
+  for (int e = -120; e <= 120; e += 7) {
+    for (double rMantissa : {1.0, 1.23456789012345, 9.87654321098765, 9.99999999999}) {
+      for (double rSign : {1.0, -1.0}) {
+        const double r = rSign * rMantissa * std::pow(10.0, e);
+        for (int nWidth = 7; nWidth <= 11; ++nWidth) {
+          TGeneralNumber num;
+          ASSERT_TRUE(num.SetWidth(r, nWidth));
+          char16_t acBuf[TGeneralNumber::kMaxText];
+          const int n = num.Write(acBuf, TGeneralNumber::kMaxText);
+          const std::string str(acBuf, acBuf + n);
+          SCOPED_TRACE(str);
+          EXPECT_LE(n, nWidth);
+          const double rHalfUnit = 0.5 * std::pow(10.0, 1 - num.DigitCount()) * 1.01;
+          EXPECT_NEAR(r, std::stod(str), std::fabs(r) * rHalfUnit);
+        }
+      }
+    }
+  }
+}
+
 }  // namespace

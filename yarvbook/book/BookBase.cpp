@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/ZelException.h"
+#include "book/CellRecord.h"
 #include "book/SheetBase.h"
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
@@ -38,7 +39,19 @@ std::u16string FormatPattern(const char16_t* pwszPattern, int nIndex) {
 constinit CBookBase* CBookBase::m_pFirst = nullptr;
 constinit bool CBookBase::m_bBooksOrderInvalid = false;
 
-CBookBase::CBookBase() = default;
+CBookBase::CBookBase() { InitDefValFormats(); }
+
+int CBookBase::GetCellValFormatIndex(unsigned short wCellFormat) {
+  if (wCellFormat == CCell::kDefaultFormat) return 0;
+  if (wCellFormat == 0) return CCell::kDefaultFormat;
+  return wCellFormat;
+}
+
+unsigned short CBookBase::GetCellFormatForValFormat(int nValFormat) {
+  if (nValFormat <= 0 || nValFormat > 0xFFFF) return CCell::kDefaultFormat;
+  if (nValFormat == CCell::kDefaultFormat) return 0;
+  return static_cast<unsigned short>(nValFormat);
+}
 
 CBookBase::~CBookBase() {
   if (FindBook(this)) RemoveFromList();

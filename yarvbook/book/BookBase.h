@@ -3,13 +3,16 @@
 // its document class from it and fills in the virtual notifications, which are empty
 // here.
 //
-// The book owns its defined names (CNameList) and its supporting-book and
-// extern-sheet tables (CExternTables) and forwards their operations. Format records
-// and number formats join the book with the parts of the engine that provide them.
+// The book owns its number formats: the built-in formats 0..63 and the three quick
+// local formats are made at construction, user formats follow. It owns its defined
+// names (CNameList) and its supporting-book and extern-sheet tables (CExternTables)
+// and forwards their operations. Format records join the book with the part of the
+// engine that provides them.
 #pragma once
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/Cell.h"
@@ -19,6 +22,8 @@
 #include "base/ZelObArray.h"
 #include "book/NameList.h"
 #include "extern/ExternTables.h"
+#include "format/SingleFormat.h"
+#include "format/ValFormatList.h"
 
 class CAddInFunc;
 class CExternSheet;
@@ -26,6 +31,7 @@ class CFormulaCell;
 class CName;
 class CSheetBase;
 class CSupBook;
+class CValFormat;
 
 class YARVBOOK_API CBookBase : public CZelObArray {
  public:
@@ -148,6 +154,55 @@ class YARVBOOK_API CBookBase : public CZelObArray {
   // (SUM, AVERAGE, MIN, MAX) propose for their result; 0 while the book holds no
   // format records of its own.
   virtual unsigned short GetCellValFormat(unsigned short /*wCellFormat*/) const { return 0; }
+  // ---- Number formats ------------------------------------------------------------
+  // Creates every built-in format 0..63 the book lacks, in the current locale, and the
+  // quick local formats. The constructor calls it.
+  void InitDefValFormats() { m_ValFormats.InitDefValFormats(); }
+  int GetNumValFormats() const { return m_ValFormats.GetCount(); }
+  // The number format at nIndex; General for an index that holds none, so a stale
+  // index still shows its value. Valid until the book's formats change.
+  const CValFormat* GetValFormat(int nIndex) const { return m_ValFormats.GetValFormat(nIndex); }
+  // The type of the format's first section (General for an index that holds none).
+  CSingleFormat::EType GetValFormatType(int nIndex) const {
+    return m_ValFormats.GetValFormatType(nIndex);
+  }
+  // The built-in index that shows numbers of the given type; bDecimals picks the
+  // variant with two decimals where there is one.
+  static int GetStandardFormat(CSingleFormat::EType nType, bool bDecimals) {
+    return CValFormatList::GetStandardFormat(nType, bDecimals);
+  }
+  // The book's format for a date with time, a date or a time that has no format of
+  // its own (milliseconds shown when there are any).
+  const CValFormat& GetQuickFormat(CValFormatList::EQuickFormat nWhich) const {
+    return m_ValFormats.GetQuickFormat(nWhich);
+  }
+  // The index of a format equal to format, or -1.
+  int FindValFormat(const CValFormat& format) const { return m_ValFormats.FindValFormat(format); }
+  // Adds a user format, or finds an equal one; returns its index. Throws CZelException
+  // (memory) only through the allocator.
+  int AddValFormat(std::unique_ptr<CValFormat> pFormat) {
+    return m_ValFormats.AddValFormat(std::move(pFormat));
+  }
+  // Parses pwszText (nParseType: EParseType) and adds it; -1 when it does not parse,
+  // with *pnErrorPos the index of the failing character.
+  int AddValFormat(const char16_t* pwszText, int nParseType, int* pnErrorPos = nullptr) {
+    return m_ValFormats.AddValFormat(pwszText, nParseType, pnErrorPos);
+  }
+  // Makes the list whole after loading: missing built-ins are created, empty user
+  // slots become General. Returns the number of slots repaired.
+  int ValidateValFormats() { return m_ValFormats.ValidateValFormats(); }
+  CValFormatList& ValFormats() { return m_ValFormats; }
+  const CValFormatList& ValFormats() const { return m_ValFormats; }
+
+  // The number format a cell's format index selects. Until cell format records exist
+  // the two indexes map one to one, with 0 and 15 swapped: a cell's default format 15
+  // shows General (number format 0), cell format 0 shows number format 15
+  // ("d-mmm-yy"), every other index the number format of the same index. The swap
+  // keeps every number format reachable from a cell.
+  static int GetCellValFormatIndex(unsigned short wCellFormat);
+  // The cell format index that selects number format nValFormat (the inverse of
+  // GetCellValFormatIndex); the default cell format for an index outside 0..65535.
+  static unsigned short GetCellFormatForValFormat(int nValFormat);
 
   // ---- Flags ---------------------------------------------------------------------
   bool IsInited() const { return m_bInited; }
@@ -255,6 +310,7 @@ class YARVBOOK_API CBookBase : public CZelObArray {
   unsigned char m_cSettings = 0;
   unsigned char m_cRecalcState = 0;
   bool m_bInited = false;
+  CValFormatList m_ValFormats;
   unsigned m_nMaxIterations = 100;
   double m_rMaxChange = 0.001;
 };

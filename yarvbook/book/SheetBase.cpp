@@ -8,6 +8,8 @@
 #include "book/BookBase.h"
 #include "book/CellRecord.h"
 #include "book/SharedCellTable.h"
+#include "format/ValFormat.h"
+#include "format/ValFormatList.h"
 
 namespace {
 
@@ -122,6 +124,26 @@ int CSheetBase::SetError(const TCell& cell, TValue::TError eError) {
   return SetConstant(*this, cell, [eError](CSharedCellTable& t, CRow* pRow, int nCol, CCell** pp) {
     t.ValueSetError(pRow, nCol, pp, eError);
   });
+}
+
+int CSheetBase::SetValueFromText(const TCell& cell, const char16_t* pwszText, int nParseType) {
+  if (!cell.IsValid()) return -1;
+  if (!pwszText || !*pwszText) return ClearValue(cell);
+  TValue value;
+  int nProposed = 0;
+  if (!value.StringToReal(pwszText, &nProposed, GetValFormatType(cell), nParseType))
+    return SetText(cell, pwszText);
+  const unsigned short wOldFormat = GetFormatIndex(cell);
+  const bool bPropose =
+      m_pBook && nProposed > 0 && GetValFormatType(cell) == CSingleFormat::ftGeneral;
+  if (bPropose) {
+    if (const int nResult = SetCellFormat(cell, CBookBase::GetCellFormatForValFormat(nProposed));
+        nResult != kOk)
+      return nResult;
+  }
+  const int nResult = SetValue(cell, value);
+  if (nResult != kOk && bPropose) (void)SetCellFormat(cell, wOldFormat);
+  return nResult;
 }
 
 int CSheetBase::ClearValue(const TCell& cell) {
@@ -260,6 +282,51 @@ bool CSheetBase::IsEmpty(const TRange& range) const {
 unsigned short CSheetBase::GetFormatIndex(const TCell& cell) const {
   if (const CCell* pCell = Cell(cell)) return pCell->GetFormat();
   return NewFormat(cell.row, cell.col);
+}
+
+int CSheetBase::GetValFormatIndex(const TCell& cell) const {
+  return CBookBase::GetCellValFormatIndex(GetFormatIndex(cell));
+}
+
+CSingleFormat::EType CSheetBase::GetValFormatType(const TCell& cell) const {
+  return m_pBook ? m_pBook->GetValFormatType(GetValFormatIndex(cell)) : CSingleFormat::ftGeneral;
+}
+
+const char16_t* CSheetBase::GetFormattedText(int nRow, int nCol, int nGeneralWidth) const {
+  // A sheet without a book borrows the General format of an empty list.
+  static const CValFormatList s_NoFormats;
+  CSingleFormat::ResetResult();
+  const CCell* pCell = Cell(nRow, nCol);
+  if (!pCell || pCell->IsEmpty()) return CSingleFormat::m_Buf;
+  const int nValFormat = CBookBase::GetCellValFormatIndex(pCell->GetFormat());
+  const CValFormat* pFormat =
+      m_pBook ? m_pBook->GetValFormat(nValFormat) : s_NoFormats.GetValFormat(0);
+  const char16_t* pwszPlain = nullptr;
+  switch (pCell->GetValType()) {
+    case TValue::vtReal:
+      pFormat->Format(pCell->GetReal(), nGeneralWidth);
+      return CSingleFormat::m_Buf;
+    case TValue::vtText: {
+      const char16_t* pwszText = pCell->TextPtr();
+      int nLen = 0;
+      while (pwszText && pwszText[nLen]) ++nLen;
+      pFormat->Format(pwszText, nLen);
+      return CSingleFormat::m_Buf;
+    }
+    // Cells show logicals and errors as they are: no format applies to them.
+    case TValue::vtLogical:
+      pwszPlain = TValue::GetLogicalText(pCell->GetLogical() != 0, false);
+      break;
+    case TValue::vtError:
+      pwszPlain = TValue::GetErrorString(pCell->GetError());
+      break;
+    default:
+      break;
+  }
+  int nLen = 0;
+  while (pwszPlain && pwszPlain[nLen]) ++nLen;
+  CSingleFormat::Append(pwszPlain, nLen);
+  return CSingleFormat::m_Buf;
 }
 
 int CSheetBase::SetSheetName(const char16_t* pwszName, bool bSetModified, bool bFixReferences) {

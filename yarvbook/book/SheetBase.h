@@ -5,8 +5,10 @@
 //
 // Every constant setter goes through NewValueCell and the shared cell table's clone
 // on write; a formatted but empty position holds the shared empty cell of its format.
-// Formula entry, merged blocks, memos, array-formula and data-table blocks, formatted
-// text and text export join the sheet with the parts of the engine that provide them.
+// A cell's format index selects a number format of the book, through which the sheet
+// writes the cell's display text. Formula entry, merged blocks, memos, array-formula
+// and data-table blocks and text export join the sheet with the parts of the engine
+// that provide them.
 #pragma once
 
 #include <string>
@@ -19,6 +21,8 @@
 #include "book/RCInfoList.h"
 #include "book/Row.h"
 #include "eval/Value.h"
+#include "format/GeneralNumber.h"
+#include "format/SingleFormat.h"
 
 class CBookBase;
 class CCell;
@@ -89,6 +93,14 @@ class YARVBOOK_API CSheetBase : public CZelObArray {
   int SetText(const TCell& cell, const char16_t* pwszText, int nLength = -1);
   int SetValue(const TCell& cell, const TValue& value);
   int SetError(const TCell& cell, TValue::TError eError);
+  // Sets the position from text as a user types it. Text that reads as a number, a
+  // date or time, TRUE/FALSE or an error text (TValue::StringToReal in the notation
+  // nParseType, the cell's number-format type deciding the percent and fraction
+  // readings) stores that value; while the cell's number format is General the cell
+  // also takes the built-in format the text's shape proposes ("3/1/2024" the short
+  // date, "1,234.5" "#,##0.00", "5%" "0%"). Other text is stored as text; an empty
+  // text clears the value. Returns as SetValue; on failure the cell is as it was.
+  int SetValueFromText(const TCell& cell, const char16_t* pwszText, int nParseType = ptLocal);
   // Empties the value; a cell left with only a format becomes the shared empty cell
   // of that format. A position without a cell stays without one.
   int ClearValue(const TCell& cell);
@@ -118,6 +130,17 @@ class YARVBOOK_API CSheetBase : public CZelObArray {
   // ran out; -1 outside the grid.
   int SetFormula(const TCell& cell, const char16_t* pwszText, int nFormulaType = cftNormal,
                  int nParseType = 1, int nFlags = 0, int* pnErrorPos = nullptr);
+  // The same with references read in R1C1 notation (A1 references are read too).
+  int SetFormulaR1C1(const TCell& cell, const char16_t* pwszText, int nFormulaType = cftNormal,
+                     int nParseType = 1, int nFlags = 0, int* pnErrorPos = nullptr);
+  // The cell's formula as text with its leading "=" (English names and separators
+  // for parse types 1 and 2, the locale's otherwise). False, with text empty, when
+  // the position holds no formula or its tokens cannot be shown.
+  bool GetFormulaText(int nRow, int nCol, std::u16string& text, int nParseType = 1) const;
+  // The text a user edits in the cell: the formula text (an array formula within
+  // braces), else the constant as it would be typed. False, with text empty, for a
+  // position without a value or formula.
+  bool GetDispFormulaText(int nRow, int nCol, std::u16string& text, int nParseType = 1) const;
 
   // Readers: an absent cell reads as Empty.
   void GetValue(int nRow, int nCol, TValue* pValue) const;
@@ -138,6 +161,20 @@ class YARVBOOK_API CSheetBase : public CZelObArray {
   using CZelObArray::IsEmpty;
   // The format of the cell object, else the format a new cell there would receive.
   unsigned short GetFormatIndex(const TCell& cell) const;
+  // The index of the book's number format that the position's cell format selects
+  // (CBookBase::GetCellValFormatIndex).
+  int GetValFormatIndex(const TCell& cell) const;
+  // The type of that number format; General on a sheet without a book.
+  CSingleFormat::EType GetValFormatType(const TCell& cell) const;
+  // The position's display text: a number through its number format, the General rule
+  // cut to nGeneralWidth characters (11: a cell of standard width; 0: 15 significant
+  // digits); a text through the format's text section; a logical as TRUE or FALSE and
+  // an error as its text, whatever the format; "" for an empty position. The text is
+  // the process-wide formatting result (CSingleFormat::m_Buf, with the fill, colour
+  // and spacing marks beside it): copy it before the next formatting call. A sheet
+  // without a book shows everything through General.
+  const char16_t* GetFormattedText(int nRow, int nCol,
+                                   int nGeneralWidth = TGeneralNumber::kCellWidth) const;
 
   // ---- Name ----------------------------------------------------------------------
   // Stores the first 31 characters of pwszName. 91 when another sheet of the book has

@@ -10,6 +10,7 @@
 
 #include "format/DateTime.h"
 #include "format/FormatVocabulary.h"
+#include "format/GeneralNumber.h"
 #include "format/SingleFormat.h"
 #include "format/ValFormat.h"
 #include "platform/Locale.h"
@@ -54,8 +55,6 @@ struct TDecimal {
     }
     Trim();
   }
-  // Keeps nSignificant digits in all.
-  void RoundSignificant(int nSignificant) { Round(nSignificant - nPoint); }
   // The digits left of the point, without leading zeros ("" for values below 1).
   std::string IntegerDigits() const {
     std::string str;
@@ -64,19 +63,14 @@ struct TDecimal {
   }
 };
 
+// The 15 significant digits of |r|, as the General rule makes them.
 TDecimal ToDecimal(double r) {
   TDecimal d;
-  r = std::fabs(r);
-  if (r == 0 || !std::isfinite(r)) return d;
-  char sz[40];
-  std::snprintf(sz, sizeof sz, "%.14e", r);  // d.dddddddddddddde±XX
-  int n = 0;
-  const char* p = sz;
-  for (; *p && *p != 'e'; ++p)
-    if (*p >= '0' && *p <= '9') d.acDigits[n++] = *p;
-  d.nDigits = n;
-  d.nPoint = (*p == 'e' ? std::atoi(p + 1) : 0) + 1;
-  d.Trim();
+  TGeneralNumber num;
+  if (!num.Set(std::fabs(r)) || num.IsZero()) return d;
+  d.nDigits = num.DigitCount();
+  std::copy_n(num.Digits(), d.nDigits, d.acDigits);
+  d.nPoint = num.Exponent() + 1;
   return d;
 }
 
@@ -92,63 +86,6 @@ void AppendAscii(const std::string& str) {
 
 void AppendText(const std::u16string& str) {
   CSingleFormat::Append(str.data(), static_cast<int>(str.size()));
-}
-
-// The exponent form of the General rule: mantissa digits, 'E', sign, two digits at least.
-std::string GeneralExponent(TDecimal d, int nSignificant) {
-  d.RoundSignificant(nSignificant);
-  const int nExp = d.nPoint - 1;
-  std::string str(1, d.DigitAt(0));
-  if (d.nDigits > 1) {
-    str += '.';
-    for (int i = 1; i < d.nDigits; ++i) str += d.acDigits[i];
-  }
-  char sz[16];
-  std::snprintf(sz, sizeof sz, "E%c%02d", nExp < 0 ? '-' : '+', std::abs(nExp));
-  return str + sz;
-}
-
-std::string GeneralFixed(const TDecimal& d) {
-  std::string str = d.nPoint > 0 ? d.IntegerDigits() : "0";
-  if (d.nDigits > d.nPoint) {
-    str += '.';
-    for (int i = std::min(d.nPoint, 0); i < 0; ++i) str += '0';
-    for (int i = std::max(d.nPoint, 0); i < d.nDigits; ++i) str += d.acDigits[i];
-  }
-  return str;
-}
-
-// The General text of |r|. nWidth 0: 15 significant digits, fixed for magnitudes from
-// 1E-9 up to below 1E15, else exponent form. nWidth > 0: at most nWidth characters, as
-// a cell of that width shows it, preferring the fixed form while it keeps the digits.
-std::string GeneralText(double r, int nWidth, int& nPrecision) {
-  TDecimal d = ToDecimal(r);
-  nPrecision = d.nDigits;
-  if (d.IsZero()) {
-    nPrecision = 1;
-    return "0";
-  }
-  const int nExp = d.nPoint - 1;
-  if (nWidth <= 0) {
-    if (nExp >= 15 || nExp < -9) return GeneralExponent(d, 15);
-    return GeneralFixed(d);
-  }
-  if (nExp < nWidth && nExp >= -4) {
-    TDecimal f = d;
-    const int nRoom = nExp >= 0 ? nWidth - (nExp + 1) - 1 : nWidth - 2;
-    f.Round(std::max(nRoom, 0));
-    if (!f.IsZero() && f.nPoint <= nWidth) {
-      nPrecision = f.nDigits;
-      return GeneralFixed(f);
-    }
-  }
-  // Exponent form: "d.ddddE+xx" fits nWidth when the mantissa gets nWidth - 6 decimals
-  // (one more exponent digit past 99 takes one of them).
-  const int nExpDigits = std::abs(nExp) >= 100 ? 3 : 2;
-  const int nSignificant = std::max(1, nWidth - 3 - nExpDigits);
-  std::string str = GeneralExponent(d, nSignificant);
-  nPrecision = nSignificant;
-  return str;
 }
 
 // Date and time fields of a serial, after rounding the seconds to the shown precision.
@@ -374,20 +311,22 @@ void CSingleFormat::FormatNumber(double r, bool bShowSign, int nGeneralWidth) co
 void CSingleFormat::FormatGeneral(double r, int nWidth, bool bShowSign) const {
   const unsigned short* p = m_pTokens;
   const int nCount = p ? m_wTokenCount : 0;
-  const bool bNegative = r < 0 && bShowSign;
-  int nPrecision = 0;
-  const std::string strNumber =
-      std::isfinite(r) ? GeneralText(r, bNegative && nWidth > 1 ? nWidth - 1 : nWidth, nPrecision)
-                       : std::string("#NUM!");
-  const char16_t cDecimal = GetLocaleSettings().cDecimal;
+  // A negative section that writes its own sign shows the magnitude only.
+  TGeneralNumber num;
+  const bool bFinite = num.SetWidth(bShowSign ? r : std::fabs(r), nWidth);
+  char16_t acNumber[TGeneralNumber::kMaxText];
+  const int nLen =
+      bFinite ? num.Write(acNumber, TGeneralNumber::kMaxText, GetLocaleSettings().cDecimal) : 0;
   auto appendNumber = [&] {
     m_wGeneralStart = m_wFormattedLen;
-    if (bNegative) Append(u'-');
-    for (char c : strNumber) Append(c == '.' ? cDecimal : static_cast<char16_t>(c));
+    if (bFinite)
+      Append(acNumber, nLen);
+    else
+      Append(u"#NUM!", 5);
     m_wGeneralEnd = m_wFormattedLen;
     m_bIsGeneral = true;
     m_rGeneralValue = r;
-    m_wGeneralPrecision = static_cast<unsigned short>(nPrecision);
+    m_wGeneralPrecision = static_cast<unsigned short>(num.DigitCount());
   };
   bool bDone = false;
   for (int i = 0; i < nCount && p[i] != tkEnd;) {

@@ -1,5 +1,6 @@
 #include "format/GeneralNumber.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -37,8 +38,8 @@ int CopyOut(const char16_t* pText, int nLen, char16_t* pBuf, int nCapacity) {
 bool TGeneralNumber::Set(double r, int nPrecision) {
   if (nPrecision < 1) nPrecision = 1;
   if (nPrecision > 17) nPrecision = 17;
-  m_nPrecision = nPrecision;
   m_bNegative = false;
+  m_bScientific = false;
   m_szDigits[0] = '0';
   m_szDigits[1] = 0;
   m_nDigits = 1;
@@ -65,11 +66,58 @@ bool TGeneralNumber::Set(double r, int nPrecision) {
   m_nDigits = nDigits;
   m_nExponent = nExponent;
   m_bNegative = r < 0;
+  m_bScientific = m_nExponent < kMinFixedExponent || m_nExponent >= nPrecision;
   return true;
 }
 
-bool TGeneralNumber::IsScientific() const {
-  return m_nExponent < kMinFixedExponent || m_nExponent >= m_nPrecision;
+void TGeneralNumber::RoundDigits(int nKeep) {
+  if (nKeep >= m_nDigits) return;
+  const bool bUp = nKeep >= 0 && m_szDigits[nKeep] >= '5';
+  int nDigits = nKeep < 0 ? 0 : nKeep;
+  if (bUp) {
+    int k = nDigits - 1;
+    while (k >= 0 && m_szDigits[k] == '9') --k;
+    if (k < 0) {  // 9.99 -> 10: one digit, one power up
+      m_szDigits[0] = '1';
+      nDigits = 1;
+      ++m_nExponent;
+    } else {
+      ++m_szDigits[k];
+      nDigits = k + 1;
+    }
+  }
+  while (nDigits > 0 && m_szDigits[nDigits - 1] == '0') --nDigits;
+  if (nDigits == 0) {  // rounded away: zero, which shows without a sign
+    m_szDigits[0] = '0';
+    nDigits = 1;
+    m_nExponent = 0;
+    m_bNegative = false;
+  }
+  m_szDigits[nDigits] = 0;
+  m_nDigits = nDigits;
+}
+
+bool TGeneralNumber::SetWidth(double r, int nWidth) {
+  if (!Set(r)) return false;
+  if (nWidth <= 0 || IsZero()) return true;
+  const int nRoom = std::max(1, nWidth - (m_bNegative ? 1 : 0));
+  const int nExponent = m_nExponent;
+  if (nExponent >= kMinCellFixedExponent && nExponent < nRoom && nExponent < kPrecision) {
+    // Fixed: the integer digits, then a point and as many decimals as are left.
+    const int nDecimals = std::max(0, nExponent >= 0 ? nRoom - (nExponent + 1) - 1 : nRoom - 2);
+    TGeneralNumber fixed = *this;
+    fixed.RoundDigits(nExponent + 1 + nDecimals);
+    if (!fixed.IsZero() && fixed.m_nExponent < nRoom) {
+      *this = fixed;
+      m_bScientific = false;
+      return true;
+    }
+  }
+  // Exponent: "d.dddE+xx" keeps nRoom - 5 digits, one fewer with a third exponent digit.
+  const int nExponentDigits = std::abs(nExponent) >= 100 ? 3 : 2;
+  RoundDigits(std::max(1, nRoom - 3 - nExponentDigits));
+  m_bScientific = true;
+  return true;
 }
 
 int TGeneralNumber::WriteScientific(char16_t* pBuf, int nCapacity, char16_t cDecimal) const {
