@@ -121,7 +121,8 @@ class YARVBOOK_API CSheetBase : public CZelObArray {
   // ---- Formulas ------------------------------------------------------------------
   // A plain formula, or a member of an array formula (computed in array mode).
   enum ECellFormulaType : int { cftNormal = 0, cftArray = 1 };
-  // Parses pwszText (a leading "=" is skipped) and puts a formula cell at the
+  // Parses pwszText (a leading "=" is skipped; unknown names are added to the book as
+  // undefined names) and puts a formula cell at the
   // position, keeping the format of the cell it replaces; the book's order of
   // formulas becomes invalid and the cell is computed by the next recalculation.
   // Parse types 1 and 2 read English function names and separators, other values

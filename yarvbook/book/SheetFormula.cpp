@@ -75,6 +75,9 @@ namespace {
 int EnterFormula(CSheetBase& sheet, CFormulaParser& parser, const TCell& cell,
                  const char16_t* pwszText, bool bArray, int* pnErrorPos) {
   if (pwszText == nullptr) pwszText = u"";
+  // An unknown name is entered as an undefined name: the formula is kept and shows
+  // #NAME? until the name is defined.
+  parser.SetCreateNames(true);
   const int nSkipped = *pwszText == u'=' ? 1 : 0;
   CFormula* pParsed = nullptr;
   const int nResult = parser.Parse(pwszText + nSkipped, &pParsed,

@@ -399,10 +399,56 @@ int CFormulaParser::FindExternName(int nExternSheet, const char16_t* p, int nLen
 
 int CFormulaParser::GetFormulaSheetIndex() { return m_pSheet ? m_pSheet->GetSheetIndex() : 0; }
 
+namespace {
+
+// A column part of a whole-column span: optional "$", one to three letters naming
+// column A to IV. Advances *pp; -1 when there is none.
+int ReadSpanColumn(const char16_t** pp, bool* pbAbs) {
+  const char16_t* p = *pp;
+  *pbAbs = *p == u'$';
+  if (*pbAbs) ++p;
+  int nCol = 0, nLetters = 0;
+  while (nLetters < 3 && ((*p >= u'A' && *p <= u'Z') || (*p >= u'a' && *p <= u'z'))) {
+    nCol = nCol * 26 + ((*p | 0x20) - u'a' + 1);
+    ++p;
+    ++nLetters;
+  }
+  if (nLetters == 0 || nCol - 1 > kMaxCol) return -1;
+  *pp = p;
+  return nCol - 1;
+}
+
+// "A:C", "$A:$C": every row of the columns, the rows fixed.
+bool ReadColumnSpan(const char16_t** ppText, int* pFlags1, int* pFlags2, TRange* pRange) {
+  const char16_t* p = *ppText;
+  bool bAbs1 = false, bAbs2 = false;
+  const int nCol1 = ReadSpanColumn(&p, &bAbs1);
+  if (nCol1 < 0 || *p != u':') return false;
+  ++p;
+  const int nCol2 = ReadSpanColumn(&p, &bAbs2);
+  if (nCol2 < 0) return false;
+  const char16_t c = *p;
+  if ((c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') ||
+      c == u'_' || c == u'.' || c == u'(' || c == u'!')
+    return false;
+  *pFlags1 = (bAbs1 ? 1 : 0) | 2;
+  *pFlags2 = (bAbs2 ? 1 : 0) | 2;
+  if (nCol1 > nCol2) std::swap(*pFlags1, *pFlags2);
+  pRange->Set(0, std::min(nCol1, nCol2), kMaxRow, std::max(nCol1, nCol2));
+  *ppText = p;
+  return true;
+}
+
+}  // namespace
+
 int CFormulaParser::NextRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
                                    unsigned char* pFlags2, TRange* pRange) {
   int nFlags1 = 0, nFlags2 = 0;
-  if (!CvtRange(ppText, pIsRange, &nFlags1, &nFlags2, pRange)) return 0;
+  if (ReadColumnSpan(ppText, &nFlags1, &nFlags2, pRange)) {
+    *pIsRange = 1;
+  } else if (!CvtRange(ppText, pIsRange, &nFlags1, &nFlags2, pRange)) {
+    return 0;
+  }
   *pFlags1 = static_cast<unsigned char>(nFlags1);
   *pFlags2 = static_cast<unsigned char>(nFlags2);
   return 1;

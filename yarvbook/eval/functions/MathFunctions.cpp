@@ -59,7 +59,8 @@ class TFuncRound final : public TFuncTwoArgs {
     pArgs[1].GetValue(rDigits);
     pArgs[1].Clear();
     const double rDigitsInt = std::trunc(rDigits);
-    if (std::fabs(rDigitsInt) > 400) {
+    // Past 10^308 the scale is no number: every digit is kept, or none is.
+    if (std::fabs(rDigitsInt) > 308) {
       SetFinite(pArgs, rDigitsInt > 0 ? x : 0.0);
       return;
     }
