@@ -14,6 +14,7 @@
 
 #include "CellIo.h"
 #include "Csv.h"
+#include "Utf8.h"
 #include "yarvbook.h"
 
 namespace {
@@ -326,7 +327,7 @@ int RunEvalCommand(int argc, char** argv) {
     CSheetBase* pSheet = book.NewSheet();
     const TCell cell(0, 0);
     TFormulaFault fault;
-    if (!CheckFormula(*pSheet, cell, strFormula, &fault)) {
+    if (!EnterCellText(*pSheet, cell, strFormula, &fault)) {
       const int nPos = fault.nPos - nShift;  // index in the text as given
       std::fprintf(stderr, "yarvbook eval: the formula does not parse: error %d (%s) at character %d\n",
                    fault.nError, GetParseErrorText(fault.nError), nPos + 1);
@@ -339,7 +340,6 @@ int RunEvalCommand(int argc, char** argv) {
       std::fprintf(stderr, "%*s^\n", nColumn, "");
       return 1;
     }
-    EnterCellText(*pSheet, cell, strFormula, &fault);
     book.Recalc();
     std::u16string strText;
     GetCellOutputText(*pSheet, cell.row, cell.col, bRaw, strText);

@@ -7,6 +7,7 @@
 bool CheckFormula(CSheetBase& sheet, const TCell& cell, const std::u16string& strText,
                   TFormulaFault* pFault) {
   CFormulaParser parser(sheet.GetBook(), &sheet, cell, /*bEnglish=*/true);
+  parser.SetCreateNames(true);  // as formula entry does: an unknown name is #NAME?, no fault
   if (parser.Parse(strText.c_str() + 1, CFormulaBase::ftCell) == CFormulaParser::kResultOk)
     return true;
   pFault->nError = parser.GetError();
@@ -18,7 +19,15 @@ bool EnterCellText(CSheetBase& sheet, const TCell& cell, const std::u16string& s
                    TFormulaFault* pFault) {
   if (strText.empty()) return true;
   if (strText[0] == u'=') {
-    if (CheckFormula(sheet, cell, strText, pFault)) return true;
+    const int nResult = sheet.SetFormula(cell, strText.c_str(), CSheetBase::cftNormal, ptEnglish);
+    if (nResult == CSheetBase::kOk) return true;
+    if (nResult == CSheetBase::kErrMemory) CZelException::ThrowMemory();
+    // Formula entry reports only the parser's result code (4, 113 or 114); the error
+    // code itself comes from parsing once more, which only failing formulas pay for.
+    if (CheckFormula(sheet, cell, strText, pFault)) {
+      pFault->nError = CFormulaParser::perUnexpected;
+      pFault->nPos = 0;
+    }
     if (sheet.SetText(cell, strText.c_str(), static_cast<int>(strText.size())) ==
         CSheetBase::kErrMemory)
       CZelException::ThrowMemory();

@@ -3,6 +3,8 @@
 // field strings: a large file costs one buffer plus the widest record.
 #include "Csv.h"
 
+#include "Utf8.h"
+
 namespace {
 
 void AppendCodePoint(std::u16string& str, char32_t c) {
@@ -141,33 +143,6 @@ int CCsvReader::ReadRecord(std::vector<std::u16string>& fields) {
     if (c != kEnd) EndLine(c);
     ++m_nRecords;
     return nFields;
-  }
-}
-
-void AppendUtf8(std::string& out, const char16_t* pwsz, std::size_t nLen) {
-  for (std::size_t i = 0; i < nLen; ++i) {
-    char32_t c = pwsz[i];
-    if (c >= 0xD800 && c <= 0xDFFF) {
-      if (c < 0xDC00 && i + 1 < nLen && pwsz[i + 1] >= 0xDC00 && pwsz[i + 1] <= 0xDFFF)
-        c = 0x10000 + ((c - 0xD800) << 10) + (pwsz[++i] - 0xDC00);
-      else
-        c = 0xFFFD;
-    }
-    if (c < 0x80) {
-      out += static_cast<char>(c);
-    } else if (c < 0x800) {
-      out += static_cast<char>(0xC0 | (c >> 6));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-      out += static_cast<char>(0xE0 | (c >> 12));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-      out += static_cast<char>(0xF0 | (c >> 18));
-      out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    }
   }
 }
 

@@ -79,8 +79,6 @@ class CCsvReader {
   long m_nErrorLine = 0;
 };
 
-// Appends the UTF-8 form of nLen UTF-16 units; an unpaired surrogate becomes U+FFFD.
-void AppendUtf8(std::string& out, const char16_t* pwsz, std::size_t nLen);
 // Decodes well-formed UTF-8 into out (replacing its contents); false, with out
 // undefined, for malformed input.
 bool DecodeUtf8(std::string_view text, std::u16string& out);

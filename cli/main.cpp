@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "CalcCommand.h"
+#include "ConvertCommand.h"
 #include "FormatCommand.h"
 #include "yarvbook.h"
 
@@ -17,6 +18,8 @@ constexpr const char kUsage[] =
     "                     load CSV files (a sheet per file), recalculate, write CSV\n"
     "  eval [--raw] [--locale TAG] FORMULA\n"
     "                     print the value of one formula\n"
+    "  convert --to r1c1|a1 [--at CELL] FORMULA\n"
+    "                     print the formula in the other reference notation\n"
     "  format [--locale TAG] FORMAT VALUE...\n"
     "                     print each value rendered through the number format\n"
     "  --version          print the library version\n"
@@ -37,6 +40,7 @@ int main(int argc, char** argv) {
   if (std::strcmp(pszCommand, "calc") == 0) return RunCalcCommand(argc - 2, argv + 2);
   if (std::strcmp(pszCommand, "eval") == 0) return RunEvalCommand(argc - 2, argv + 2);
   if (std::strcmp(pszCommand, "format") == 0) return RunFormatCommand(argc - 2, argv + 2);
+  if (std::strcmp(pszCommand, "convert") == 0) return RunConvertCommand(argc - 2, argv + 2);
   if (std::strcmp(pszCommand, "--help") == 0 || std::strcmp(pszCommand, "-h") == 0) {
     std::fputs(kUsage, stdout);
     return 0;

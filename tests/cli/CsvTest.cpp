@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Utf8.h"
+
 namespace {
 
 using TRecords = std::vector<std::vector<std::u16string>>;

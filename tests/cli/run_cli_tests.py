@@ -4,7 +4,7 @@
     run_cli_tests.py YARVBOOK DATA_DIR [--group NAME]
 
 Each case gives the arguments ({data} is DATA_DIR, {tmp} a scratch folder), the exit
-code, and optionally the exact stdout (a file in DATA_DIR), texts stderr must contain,
+code, and optionally the exact stdout (bytes, or a file in DATA_DIR), texts stderr must contain,
 and files the run must write with their exact contents.  Prints one line per failure
 and exits 1 when any case fails.
 """
@@ -36,6 +36,28 @@ CASES = [
          ['calc', '{data}/numbers.csv'], stdout='numbers.shown.csv', no_stderr=True),
     case('calc', 'display text in another locale; input stays English',
          ['calc', '{data}/numbers.csv', '--locale', 'de-DE'], stdout='numbers.de.csv'),
+
+    # ---- calc: formulas ---------------------------------------------------------
+    case('calc', 'formulas computed; those that do not parse kept as text, with warnings',
+         ['calc', '{data}/formulas.csv', '--raw'], stdout='formulas.raw.csv',
+         stderr=['formulas.csv: A2: the formula does not parse: error 1 (unexpected character)'
+                 ' at character 4; kept as text',
+                 'formulas.csv: B2: the formula does not parse: error 2 (missing ")") at '
+                 'character 7',
+                 'formulas.csv: C2: the formula does not parse: error 5 ',
+                 'formulas.csv: D2: the formula does not parse: error 3 (not a function) at '
+                 'character 2']),
+    case('calc', '--manual writes the stored values: formulas not computed',
+         ['calc', '{data}/formulas.csv', '--manual'], stdout='formulas.manual.csv'),
+    case('calc', 'formulas refer to other inputs by their stems',
+         ['calc', '{data}/book/orders.csv', '{data}/book/rates.csv', '--outdir', '{tmp}'],
+         no_stderr=True,
+         files=[('orders.csv', 'book/orders.out.csv'), ('rates.csv', 'book/rates.out.csv')]),
+    case('calc', 'circular references without iteration become 0',
+         ['calc', '{data}/circular.csv', '--raw'], stdout='circular.raw.csv'),
+    case('calc', 'the example workbook',
+         ['calc', '{data}/../../../examples/budget.csv'], stdout='budget.out.csv',
+         no_stderr=True),
 
     # ---- calc: malformed input stops with file and line ----------------------
     case('calc', 'quote left open', ['calc', '{data}/unterminated.csv'], code=1,
@@ -80,6 +102,19 @@ CASES = [
          code=2, stderr=["unknown locale 'xx-nowhere-zz'"]),
 
     # ---- eval ---------------------------------------------------------------------
+    case('eval', 'display text', ['eval', '=1/3'], stdout=b'0.333333333333333\n'),
+    case('eval', 'raw shortest form', ['eval', '--raw', '=1/3'], stdout=b'0.3333333333333333\n'),
+    case('eval', 'the "=" may be left out', ['eval', '1+2*3'], stdout=b'7\n'),
+    case('eval', 'errors are values', ['eval', '=1/0'], stdout=b'#DIV/0!\n'),
+    case('eval', 'an unknown name is #NAME?, not a parse fault', ['eval', '=foo+1'],
+         stdout=b'#NAME?\n'),
+    case('eval', 'text result', ['eval', '=IF(1>2,"no","yes")'], stdout=b'yes\n'),
+    case('eval', 'display in another locale', ['eval', '--locale', 'de-DE', '=1/4'],
+         stdout=b'0,25\n'),
+    case('eval', 'logicals: local in display, English raw',
+         ['eval', '--locale', 'de-DE', '=AND(TRUE,1)'], stdout=b'WAHR\n'),
+    case('eval', 'logicals raw', ['eval', '--locale', 'de-DE', '--raw', '=AND(TRUE,1)'],
+         stdout=b'TRUE\n'),
     case('eval', 'no formula', ['eval'], code=2, stderr=['usage: yarvbook eval']),
     case('eval', 'two formulas', ['eval', '=1', '=2'], code=2, stderr=['usage: yarvbook eval']),
     case('eval', 'unknown function: code, position and caret',
@@ -119,7 +154,8 @@ def run_case(binary, data, c):
         if p.returncode != c['code']:
             problems.append('exit %d, expected %d' % (p.returncode, c['code']))
         if c['stdout'] is not None:
-            want = read(os.path.join(data, c['stdout']))
+            want = c['stdout'] if isinstance(c['stdout'], bytes) else \
+                read(os.path.join(data, c['stdout']))
             if p.stdout != want:
                 problems.append('stdout %r\n      expected %r' % (p.stdout, want))
         for text in c['stderr']:
