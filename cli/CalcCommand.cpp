@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -329,7 +330,8 @@ int RunEvalCommand(int argc, char** argv) {
     TFormulaFault fault;
     if (!EnterCellText(*pSheet, cell, strFormula, &fault)) {
       const int nPos = fault.nPos - nShift;  // index in the text as given
-      std::fprintf(stderr, "yarvbook eval: the formula does not parse: error %d (%s) at character %d\n",
+      std::fprintf(stderr,
+                   "yarvbook eval: the formula does not parse: error %d (%s) at character %d\n",
                    fault.nError, GetParseErrorText(fault.nError), nPos + 1);
       std::fprintf(stderr, "%s\n", pszFormula);
       // One caret column per character: low surrogates share their pair's column.

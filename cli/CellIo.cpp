@@ -66,7 +66,8 @@ void GetRawValueText(const TValue& value, std::u16string& str) {
   }
 }
 
-void GetCellOutputText(const CSheetBase& sheet, int nRow, int nCol, bool bRaw, std::u16string& str) {
+void GetCellOutputText(const CSheetBase& sheet, int nRow, int nCol, bool bRaw,
+                       std::u16string& str) {
   if (bRaw) {
     TValue value;
     sheet.GetValue(nRow, nCol, &value);

@@ -87,7 +87,8 @@ void CCsvReader::EndLine(int c) {
 }
 
 bool CCsvReader::ReadUtf8(int c, std::u16string& str) {
-  return DecodeSequence(c, [this] { return Get(); }, str);
+  return DecodeSequence(
+      c, [this] { return Get(); }, str);
 }
 
 int CCsvReader::ReadRecord(std::vector<std::u16string>& fields) {
@@ -96,8 +97,7 @@ int CCsvReader::ReadRecord(std::vector<std::u16string>& fields) {
     m_bStarted = true;
     // A byte-order mark is dropped only when complete; a partial one is malformed
     // UTF-8 and reported as such below.
-    if (Peek() == 0xEF && m_pEnd - m_pNext >= 3 &&
-        static_cast<unsigned char>(m_pNext[1]) == 0xBB &&
+    if (Peek() == 0xEF && m_pEnd - m_pNext >= 3 && static_cast<unsigned char>(m_pNext[1]) == 0xBB &&
         static_cast<unsigned char>(m_pNext[2]) == 0xBF)
       m_pNext += 3;
   }

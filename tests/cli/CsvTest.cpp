@@ -1,11 +1,10 @@
-#include "Csv.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <string>
 #include <vector>
 
+#include "Csv.h"
 #include "Utf8.h"
 
 namespace {
@@ -14,11 +13,13 @@ using TRecords = std::vector<std::vector<std::u16string>>;
 
 // Reads all of text; on malformed input the records read so far come back and
 // pnErrorLine (when given) receives the line.
-TRecords ReadAll(CCsvReader& reader, const char** ppszError = nullptr, long* pnErrorLine = nullptr) {
+TRecords ReadAll(CCsvReader& reader, const char** ppszError = nullptr,
+                 long* pnErrorLine = nullptr) {
   TRecords records;
   std::vector<std::u16string> fields;
   int n;
-  while ((n = reader.ReadRecord(fields)) > 0) records.emplace_back(fields.begin(), fields.begin() + n);
+  while ((n = reader.ReadRecord(fields)) > 0)
+    records.emplace_back(fields.begin(), fields.begin() + n);
   if (ppszError) *ppszError = n < 0 ? reader.GetError() : nullptr;
   if (pnErrorLine) *pnErrorLine = n < 0 ? reader.GetErrorLine() : 0;
   return records;
@@ -49,20 +50,23 @@ constexpr TGoodCase kGoodCases[] = {
     {"a", "[<a>]", false},
     {"a,b\nc,d\n", "[<a><b>][<c><d>]", false},
     {"a,b\r\nc,d", "[<a><b>][<c><d>]", true},
-    {"a\rb\r", "[<a>][<b>]", false},              // lone CR ends a line
-    {"\n\n", "[<>][<>]", false},                  // empty lines are one empty field each
-    {"a,\n,b", "[<a><>][<><b>]", false},          // empty first and last fields
+    {"a\rb\r", "[<a>][<b>]", false},      // lone CR ends a line
+    {"\n\n", "[<>][<>]", false},          // empty lines are one empty field each
+    {"a,\n,b", "[<a><>][<><b>]", false},  // empty first and last fields
     {",", "[<><>]", false},
-    {"\"a,b\",c", "[<a,b><c>]", false},           // comma in quotes
+    {"\"a,b\",c", "[<a,b><c>]", false},               // comma in quotes
     {"\"say \"\"hi\"\"\"", "[<say \"hi\">]", false},  // doubled quotes
-    {"\"\"", "[<>]", false},                      // quoted empty field
+    {"\"\"", "[<>]", false},                          // quoted empty field
     {"\"l1\r\nl2\",x\r\n", "[<l1\r\nl2><x>]", true},  // line end kept inside quotes
-    {"a\"b", "[<a\"b>]", false},                  // quote inside an unquoted field
-    {"\xEF\xBB\xBF" "a,b", "[<a><b>]", false},    // byte-order mark dropped
+    {"a\"b", "[<a\"b>]", false},                      // quote inside an unquoted field
+    {"\xEF\xBB\xBF"
+     "a,b",
+     "[<a><b>]", false},                               // byte-order mark dropped
     {"a,\xEF\xBB\xBF", "[<a><\xEF\xBB\xBF>]", false},  // not at the start: a character
-    {" a , b ", "[< a >< b >]", false},            // spaces kept
-    {"\xC3\xA9,\xE2\x82\xAC,\xF0\x9F\x98\x80", "[<\xC3\xA9><\xE2\x82\xAC><\xF0\x9F\x98\x80>]", false},
-    {"a\nb\r\n", "[<a>][<b>]", false},            // the first line end decides
+    {" a , b ", "[< a >< b >]", false},                // spaces kept
+    {"\xC3\xA9,\xE2\x82\xAC,\xF0\x9F\x98\x80", "[<\xC3\xA9><\xE2\x82\xAC><\xF0\x9F\x98\x80>]",
+     false},
+    {"a\nb\r\n", "[<a>][<b>]", false},  // the first line end decides
 };
 
 TEST(CsvReader, ReadsWellFormedText) {
@@ -91,15 +95,15 @@ constexpr TBadCase kBadCases[] = {
     {"\"a\"b", "text after a closing quote", 1, 0},
     {"x\n\"a\" ,b", "text after a closing quote", 2, 1},
     {"a\xFF", "invalid UTF-8", 1, 0},
-    {"a\n\x80", "invalid UTF-8", 2, 1},                // lone continuation byte
-    {"\xC0\xAF", "invalid UTF-8", 1, 0},               // overlong "/"
-    {"\xE0\x80\xAF", "invalid UTF-8", 1, 0},           // overlong, three bytes
-    {"\xED\xA0\x80", "invalid UTF-8", 1, 0},           // encoded surrogate
-    {"\xF4\x90\x80\x80", "invalid UTF-8", 1, 0},       // past U+10FFFF
-    {"\xE2\x82", "invalid UTF-8", 1, 0},               // cut short by the end
-    {"\xE2\x82,", "invalid UTF-8", 1, 0},              // cut short by a separator
-    {"\"\n\n\xFF\"", "invalid UTF-8", 3, 0},           // inside quotes, lines counted
-    {"\xEF\xBB", "invalid UTF-8", 1, 0},               // half a byte-order mark
+    {"a\n\x80", "invalid UTF-8", 2, 1},           // lone continuation byte
+    {"\xC0\xAF", "invalid UTF-8", 1, 0},          // overlong "/"
+    {"\xE0\x80\xAF", "invalid UTF-8", 1, 0},      // overlong, three bytes
+    {"\xED\xA0\x80", "invalid UTF-8", 1, 0},      // encoded surrogate
+    {"\xF4\x90\x80\x80", "invalid UTF-8", 1, 0},  // past U+10FFFF
+    {"\xE2\x82", "invalid UTF-8", 1, 0},          // cut short by the end
+    {"\xE2\x82,", "invalid UTF-8", 1, 0},         // cut short by a separator
+    {"\"\n\n\xFF\"", "invalid UTF-8", 3, 0},      // inside quotes, lines counted
+    {"\xEF\xBB", "invalid UTF-8", 1, 0},          // half a byte-order mark
 };
 
 TEST(CsvReader, RejectsMalformedText) {
@@ -192,10 +196,14 @@ const TFieldCase kFieldCases[] = {
     {u" lead", "\" lead\""},
     {u"trail ", "\"trail \""},
     {u"\ttab", "\"\ttab\""},
-    {u"in side", "in side"},   // an inner space needs no quotes
+    {u"in side", "in side"},  // an inner space needs no quotes
     {u"=1+2", "=1+2"},
     {u"\u00E9\u20AC\U0001F600", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
-    {std::u16string_view(u"a\xD800" "b", 3), "a\xEF\xBF\xBD" "b"},  // unpaired surrogate
+    {std::u16string_view(u"a\xD800"
+                         "b",
+                         3),
+     "a\xEF\xBF\xBD"
+     "b"},  // unpaired surrogate
     {std::u16string_view(u"\xDC00", 1), "\xEF\xBF\xBD"},
 };
 
@@ -237,8 +245,8 @@ TEST(Utf8, DecodesOnlyWellFormedText) {
     EXPECT_FALSE(DecodeUtf8(pszBad, str));
   }
   // The boundaries of each sequence length decode to themselves.
-  for (const char32_t c : {0x7Fu, 0x80u, 0x7FFu, 0x800u, 0xD7FFu, 0xE000u, 0xFFFFu, 0x10000u,
-                           0x10FFFFu}) {
+  for (const char32_t c :
+       {0x7Fu, 0x80u, 0x7FFu, 0x800u, 0xD7FFu, 0xE000u, 0xFFFFu, 0x10000u, 0x10FFFFu}) {
     SCOPED_TRACE(static_cast<unsigned>(c));
     std::u16string strIn;
     if (c >= 0x10000) {

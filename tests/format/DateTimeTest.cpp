@@ -630,7 +630,6 @@ TEST_F(DateTimeTest, EnglishParseTypeIgnoresLocale) {
   EXPECT_EQ(0, dt.StringToDateTime(u"1.2.2000.", nFormat, 2));  // no closing '.' in English
 }
 
-
 // A four-digit year in front is read year first, whatever the locale's order; the
 // locale's own order still wins where it reads the text.
 TEST_F(DateTimeTest, FourDigitYearFirstInEveryLocale) {
@@ -662,7 +661,7 @@ TEST_F(DateTimeTest, FourDigitYearFirstInEveryLocale) {
   int nFormat = -1;
   EXPECT_EQ(0, dt.StringToDateTime(u"2023-02-29", nFormat, 1));  // no leap day in 2023
   EXPECT_EQ(0, dt.StringToDateTime(u"2024-13-01", nFormat, 1));
-  EXPECT_EQ(0, dt.StringToDateTime(u"202-03-01", nFormat, 1));   // three digits: month first
+  EXPECT_EQ(0, dt.StringToDateTime(u"202-03-01", nFormat, 1));  // three digits: month first
   EXPECT_EQ(0, dt.StringToDateTime(u"20240-3-1", nFormat, 1));
   EXPECT_EQ(-1, nFormat);
   ASSERT_EQ(1, dt.StringToDateTime(u"1-2-2024", nFormat, 1));  // the locale's order first

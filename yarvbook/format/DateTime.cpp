@@ -904,8 +904,7 @@ int CDateTime::StringToDateTime(const char16_t* pwszText, int& nFormatIndex, int
       if (!bIsoYear || conv.nDateOrder == TLocaleSettings::doYearMonthDay) break;
       conv.nDateOrder = TLocaleSettings::doYearMonthDay;
     }
-    for (nPattern = 0; nPattern < static_cast<int>(std::size(kPatterns)) && !bMatched;
-         ++nPattern) {
+    for (nPattern = 0; nPattern < static_cast<int>(std::size(kPatterns)) && !bMatched; ++nPattern) {
       unsigned char aElements[kMaxElements];
       AdjustPattern(nPattern, conv, conv.bAmPmFirst, aElements);
       bMatched = MatchPattern(aElements, pStart, conv, fields);
