@@ -69,3 +69,6 @@
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
 #include "platform/TextServices.h"
+#include "recalc/ChangedRange.h"
+#include "recalc/ChangedRangesArray.h"
+#include "recalc/ChangedRegion.h"

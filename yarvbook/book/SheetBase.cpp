@@ -541,11 +541,17 @@ void CSheetBase::SetModified() {
 
 void CSheetBase::SetNeedsRecalc() { SetNeedsRecalc(TRange(0, 0, kMaxRow, kMaxCol)); }
 
-void CSheetBase::SetNeedsRecalc(const TCell& cell) { SetNeedsRecalc(TRange(cell)); }
+void CSheetBase::SetNeedsRecalc(const TCell& cell) {
+  if (!m_pBook) return;
+  if (m_pBook->GetMinimalRecalc())
+    m_ChangedRegion.Add(cell.row, cell.col, cell.row, cell.col, /*bCoalesce=*/true);
+  m_pBook->SetNeedsRecalc();
+}
 
 void CSheetBase::SetNeedsRecalc(const TRange& range) {
   if (!m_pBook) return;
-  if (m_pBook->GetMinimalRecalc()) m_ChangedRegion.Add(range);
+  if (m_pBook->GetMinimalRecalc())
+    m_ChangedRegion.Add(range.Row1(), range.Col1(), range.Row2(), range.Col2(), /*bCoalesce=*/true);
   m_pBook->SetNeedsRecalc();
 }
 
