@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "ConvertCommand.h"
 #include "FormatCommand.h"
 #include "yarvbook.h"
 
@@ -11,6 +12,8 @@ constexpr const char kUsage[] =
     "usage: yarvbook COMMAND [ARGS...]\n"
     "\n"
     "Commands:\n"
+    "  convert --to r1c1|a1 [--at CELL] FORMULA\n"
+    "                     print the formula in the other reference notation\n"
     "  format [--locale TAG] FORMAT VALUE...\n"
     "                     print each value rendered through the number format\n"
     "  --version          print the library version\n"
@@ -29,6 +32,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (std::strcmp(pszCommand, "format") == 0) return RunFormatCommand(argc - 2, argv + 2);
+  if (std::strcmp(pszCommand, "convert") == 0) return RunConvertCommand(argc - 2, argv + 2);
   if (std::strcmp(pszCommand, "--help") == 0 || std::strcmp(pszCommand, "-h") == 0) {
     std::fputs(kUsage, stdout);
     return 0;

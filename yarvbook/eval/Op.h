@@ -31,6 +31,7 @@ class YARVBOOK_API TOp : public CZelObject {
   unsigned char GetToken() const { return m_bToken; }
   unsigned char GetPrecedence() const { return m_nPrecedence; }
   bool IsPostfix() const { return m_bPostfix; }
+  bool IsSecond() const { return m_bSecond; }
   virtual bool IsUnary() const = 0;
   // Written before its operand: a unary operator that is not postfix.
   bool IsPrefix() const { return IsUnary() && !m_bPostfix; }

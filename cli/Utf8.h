@@ -1,0 +1,9 @@
+// UTF-8 command-line text to the engine's UTF-16 and back.
+#pragma once
+
+#include <string>
+
+// Decodes zero-terminated UTF-8; characters beyond U+FFFF become surrogate pairs.
+std::u16string FromUtf8(const char* psz);
+// Encodes nLen UTF-16 units, joining surrogate pairs.
+std::string ToUtf8(const char16_t* pwsz, int nLen);
