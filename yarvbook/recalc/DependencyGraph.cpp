@@ -185,7 +185,7 @@ bool CDependencyGraph::NextPrecedent(TFrame& frame, std::uint32_t& nId) const {
   }
 }
 
-bool CDependencyGraph::OrderPrecedents(std::uint32_t nRoot, std::vector<TFrame>& stack) {
+bool CDependencyGraph::SetDependentCellsOrder(std::uint32_t nRoot, std::vector<TFrame>& stack) {
   // Entering a formula: a circular one reports circular; one on the path is marked
   // circular; an ordered one or one that reads nothing has nothing to order.
   // Otherwise it goes on the stack. The walk of a frame appends each precedent it
@@ -222,7 +222,9 @@ bool CDependencyGraph::OrderPrecedents(std::uint32_t nRoot, std::vector<TFrame>&
     TFrame& frame = stack.back();
     std::uint32_t nPrec;
     if (NextPrecedent(frame, nPrec)) {
-      if (m_Flags[nPrec] & dfOrdered) continue;
+      // An ordered precedent is done with, unless it is circular: then so is this
+      // formula, whenever the precedent was ordered.
+      if ((m_Flags[nPrec] & (dfOrdered | dfCircular)) == dfOrdered) continue;
       Enter(nPrec, nResult);
       if (nResult == 0) {
         Append(nPrec);
@@ -250,6 +252,12 @@ bool CDependencyGraph::OrderPrecedents(std::uint32_t nRoot, std::vector<TFrame>&
   return true;
 }
 
+void CDependencyGraph::UpdateFormulaOrder(std::uint32_t nId, std::vector<TFrame>& stack) {
+  if (m_Flags[nId] & dfOrdered) return;
+  SetDependentCellsOrder(nId, stack);
+  Append(nId);
+}
+
 int CDependencyGraph::BuildOrder() {
   const std::uint32_t nCount = GetCount();
   m_Order.clear();
@@ -257,9 +265,7 @@ int CDependencyGraph::BuildOrder() {
   std::vector<TFrame> stack;
   int nCircular = 0;
   for (std::uint32_t nId = 0; nId < nCount; nId++) {
-    if (m_Flags[nId] & dfOrdered) continue;
-    OrderPrecedents(nId, stack);
-    Append(nId);
+    UpdateFormulaOrder(nId, stack);
   }
   m_Pos.resize(nCount);
   for (std::uint32_t i = 0; i < nCount; i++) {

@@ -141,8 +141,14 @@ class YARVBOOK_API CDependencyGraph {
   bool NextPrecedent(TFrame& frame, std::uint32_t& nId) const;
   // Sets j..jEnd to the ids of line nLine of the frame's current reference.
   void SetLine(TFrame& frame) const;
-  // Orders the precedents of nRoot (the depth-first walk); false when circular.
-  bool OrderPrecedents(std::uint32_t nRoot, std::vector<TFrame>& stack);
+  // Appends nId to the order when it is not there yet, after its precedents.
+  void UpdateFormulaOrder(std::uint32_t nId, std::vector<TFrame>& stack);
+  // Orders the precedents of nRoot, depth first with stack as the path: each
+  // formula cell in the rectangles it reads is ordered (its own precedents first)
+  // and appended unless circular. A formula met again on the path, or one already
+  // circular, makes every formula on the path circular and ends the walk. Returns
+  // false when nRoot is circular.
+  bool SetDependentCellsOrder(std::uint32_t nRoot, std::vector<TFrame>& stack);
   void Append(std::uint32_t nId) {
     m_Flags[nId] |= dfOrdered;
     m_Order.push_back(nId);
