@@ -4,6 +4,7 @@
 #include "book/CellRecord.h"
 #include "book/Row.h"
 #include "book/SharedCellTable.h"
+#include "formula/FormulaCell.h"
 
 namespace {
 
@@ -122,13 +123,9 @@ TEST_F(CellTest, SetAttributeStopsBeforeStoringWhenCallbackRefuses) {
 }
 
 TEST_F(CellTest, NumberIntoFormulaPositionReplacesCell) {
-  // A cell flagged as a formula stands in for a formula cell here.
-  struct TFakeFormula : CCell {
-    TFakeFormula() : CCell(33) { SetFlag(flFormula, true); }
-  };
   m_pBook->InvalidateFormulasOrder(0);
   m_pBook->CheckFormulasOrder();
-  ASSERT_EQ(0, m_pSheet->SetCell(1, 1, new TFakeFormula));
+  ASSERT_EQ(0, m_pSheet->SetCell(1, 1, new CFormulaCell(33)));
   m_pBook->CheckFormulasOrder();
   ASSERT_EQ(0, m_pSheet->SetNumber(TCell(1, 1), 5));
   const CCell* pCell = m_pSheet->Cell(1, 1);

@@ -343,8 +343,8 @@ TEST(FormulaParser, ResultsOnlyOnSuccess) {
 
 namespace {
 
-// Sheet prefixes resolve against a real book's sheets, ignoring case; without an
-// extern-sheet table the reference itself cannot be written.
+// Sheet prefixes resolve against a real book's sheets, ignoring case, and are
+// written through the book's extern-sheet table.
 TEST(FormulaParser, SheetNamesComeFromTheBook) {
   struct TProbe : CFormulaParser {
     using CFormulaParser::CFormulaParser;
@@ -359,7 +359,10 @@ TEST(FormulaParser, SheetNamesComeFromTheBook) {
   EXPECT_EQ(0, parser.FindSheet(u"First", 5));
   EXPECT_EQ(-1, parser.FindSheet(u"Firs", 4));
   EXPECT_EQ(1, parser.GetFormulaSheetIndex());
-  EXPECT_EQ(4, parser.Parse(u"Second!A1", CFormulaBase::ftCell));
+  EXPECT_EQ(0, parser.Parse(u"Second!A1", CFormulaBase::ftCell));
+  EXPECT_EQ(CFormulaBase::tRef3d, CFormulaBase::TokenBase(parser.GetPostfix()[0]));
+  EXPECT_EQ(1, book.GetNumExternSheets());
+  EXPECT_EQ(4, parser.Parse(u"Third!A1", CFormulaBase::ftCell));
   EXPECT_EQ(0, parser.Parse(u"A1", CFormulaBase::ftCell));
 }
 

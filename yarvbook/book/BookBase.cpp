@@ -245,6 +245,7 @@ void CBookBase::StartRecalc() {
 
 void CBookBase::EndRecalc() {
   OnEndRecalc();
+  m_Names.ResetChanged();
   m_cRecalcState &= static_cast<unsigned char>(~kStRecalculating);
 }
 

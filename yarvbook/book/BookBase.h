@@ -4,9 +4,10 @@
 // here.
 //
 // The book owns its number formats: the built-in formats 0..63 and the three quick
-// local formats are made at construction, user formats follow. Format records, names,
-// supporting books and external sheets join the book with the parts of the engine
-// that provide them.
+// local formats are made at construction, user formats follow. It owns its defined
+// names (CNameList) and its supporting-book and extern-sheet tables (CExternTables)
+// and forwards their operations. Format records join the book with the part of the
+// engine that provides them.
 #pragma once
 
 #include <memory>
@@ -19,12 +20,17 @@
 #include "base/Range.h"
 #include "base/Region.h"
 #include "base/ZelObArray.h"
+#include "book/NameList.h"
+#include "extern/ExternTables.h"
 #include "format/SingleFormat.h"
 #include "format/ValFormatList.h"
 
 class CAddInFunc;
+class CExternSheet;
 class CFormulaCell;
+class CName;
 class CSheetBase;
+class CSupBook;
 class CValFormat;
 
 class YARVBOOK_API CBookBase : public CZelObArray {
@@ -106,6 +112,48 @@ class YARVBOOK_API CBookBase : public CZelObArray {
   // Gives each sheet its index in the array, after sheets were inserted or moved.
   void FixSheetNumbers();
 
+  // ---- Defined names (1-based, as tName tokens index them) -------------------------
+  int GetNumNames() const { return m_Names.GetNumNames(); }
+  // Takes pName over and returns its index. When CZelException (memory) is thrown,
+  // pName is still the caller's.
+  int AddName(CName* pName) { return m_Names.AddName(pName); }
+  // Deletes name nIndex; later names move down by one. False outside the table.
+  bool DeleteName(int nIndex) { return m_Names.DeleteName(nIndex); }
+  // The index of the name spelt by the nLength units at pwszName (-1: to the
+  // terminator), ignoring case, for a formula on sheet nSheet: a name of that sheet
+  // first, then a book-level name. 0 when none.
+  int FindName(const char16_t* pwszName, int nLength, int nSheet) const {
+    return m_Names.FindName(pwszName, nLength, nSheet);
+  }
+  // The name at nIndex, or null outside 1..GetNumNames().
+  CName* GetName(int nIndex) const { return m_Names.GetName(nIndex); }
+  CNameList& GetNameList() { return m_Names; }
+
+  // ---- Supporting books and extern sheets (0-based) -------------------------------
+  int GetNumSupBooks() const { return m_ExternTables.GetNumSupBooks(); }
+  // The index of the entry for the book titled pwszTitle (or the open book pRefBook)
+  // with kind bits bKind, added when there is none. Throws CZelException (memory).
+  int MakeSupBook(const char16_t* pwszTitle, CBookBase* pRefBook, unsigned char bKind = 0) {
+    return m_ExternTables.MakeSupBook(pwszTitle, pRefBook, bKind);
+  }
+  CSupBook* GetSupBook(int nIndex) const { return m_ExternTables.GetSupBook(nIndex); }
+  int GetNumExternSheets() const { return m_ExternTables.GetNumExternSheets(); }
+  // The entry for (nSupBook, nFirstSheet, nLastSheet), added when there is none.
+  // Throws CZelException (memory).
+  int MakeExternSheet(int nSupBook, int nFirstSheet, int nLastSheet) {
+    return m_ExternTables.MakeExternSheet(nSupBook, nFirstSheet, nLastSheet);
+  }
+  // The index of that entry, or -1.
+  int FindExternSheet(int nSupBook, int nFirstSheet, int nLastSheet) const {
+    return m_ExternTables.FindExternSheet(nSupBook, nFirstSheet, nLastSheet);
+  }
+  CExternSheet* GetExternSheet(int nIndex) const { return m_ExternTables.GetExternSheet(nIndex); }
+  CExternTables& GetExternTables() { return m_ExternTables; }
+
+  // The number-format index of cell format record wCellFormat, which list functions
+  // (SUM, AVERAGE, MIN, MAX) propose for their result; 0 while the book holds no
+  // format records of its own.
+  virtual unsigned short GetCellValFormat(unsigned short /*wCellFormat*/) const { return 0; }
   // ---- Number formats ------------------------------------------------------------
   // Creates every built-in format 0..63 the book lacks, in the current locale, and the
   // quick local formats. The constructor calls it.
@@ -195,8 +243,9 @@ class YARVBOOK_API CBookBase : public CZelObArray {
   int CheckRecalc(int nAutomaticOnly);
   // The full cycle: 0 at once while a recalculation runs. Otherwise StartRecalc, the
   // order rebuilt when invalid, every formula that needs it recomputed, RecalcObjects,
-  // EndRecalc. Returns the result of the order check (0 when nothing was rebuilt or
-  // the rebuild succeeded).
+  // EndRecalc (which clears the changed mark of every name). Every formula is
+  // computed after the cells it reads, so one call brings a book up to date. Returns the result of
+  // the order check (0 when nothing was rebuilt or the rebuild succeeded).
   virtual int Recalc();
   void StartRecalc();
   void EndRecalc();
@@ -248,6 +297,8 @@ class YARVBOOK_API CBookBase : public CZelObArray {
   static bool m_bBooksOrderInvalid;
   CBookBase* m_pNext = nullptr;
 
+  CNameList m_Names;
+  CExternTables m_ExternTables;
   std::u16string m_sPathName;
   std::u16string m_sTitle;
   std::u16string m_sLongTitle;

@@ -10,8 +10,11 @@
 
 class CBookBase;
 class CFormula;
+class CFormulaEvaluator;
 class CSheetBase;
 class TCell;
+class TRegion;
+class TValue;
 
 class YARVBOOK_API CName : public CZelObject {
  public:
@@ -88,6 +91,15 @@ class YARVBOOK_API CName : public CZelObject {
   // 1 and 2 read English function names and separators.
   int SetFormula(CBookBase* pBook, CSheetBase* pSheet, const TCell& base, const char16_t* pwszText,
                  int nParseType);
+
+  // Computes the definition with evaluator, a nested evaluation on the caller's
+  // book, sheet, formula cell and base cell. #NAME? when there is no formula or the
+  // name is being computed already (it refers to itself, directly or through other
+  // names). Returns the evaluator's result slot (see CFormulaEvaluator::Evaluate).
+  TValue* Evaluate(CFormulaEvaluator& evaluator);
+  // Clears region; when the name's value is a reference to a range on pSheet, adds
+  // that range (each range of a region on pSheet).
+  void Evaluate(CSheetBase* pSheet, TRegion& region);
 
   // Set when the definition changes; the recalculation clears it at its end.
   void SetChanged() {

@@ -119,6 +119,31 @@ class YARVBOOK_API CSheetBase : public CZelObArray {
   // other than the default, else the column's.
   unsigned short NewFormat(int nRow, int nCol) const;
 
+  // ---- Formulas ------------------------------------------------------------------
+  // A plain formula, or a member of an array formula (computed in array mode).
+  enum ECellFormulaType : int { cftNormal = 0, cftArray = 1 };
+  // Parses pwszText (a leading "=" is skipped; unknown names are added to the book as
+  // undefined names) and puts a formula cell at the
+  // position, keeping the format of the cell it replaces; the book's order of
+  // formulas becomes invalid and the cell is computed by the next recalculation.
+  // Parse types 1 and 2 read English function names and separators, other values
+  // the locale's. Returns 0; the parser's result code (4, 113, 114) with the index
+  // of the fault in the text in *pnErrorPos, the cell left as it was; 3 when memory
+  // ran out; -1 outside the grid.
+  int SetFormula(const TCell& cell, const char16_t* pwszText, int nFormulaType = cftNormal,
+                 int nParseType = 1, int nFlags = 0, int* pnErrorPos = nullptr);
+  // The same with references read in R1C1 notation (A1 references are read too).
+  int SetFormulaR1C1(const TCell& cell, const char16_t* pwszText, int nFormulaType = cftNormal,
+                     int nParseType = 1, int nFlags = 0, int* pnErrorPos = nullptr);
+  // The cell's formula as text with its leading "=" (English names and separators
+  // for parse types 1 and 2, the locale's otherwise). False, with text empty, when
+  // the position holds no formula or its tokens cannot be shown.
+  bool GetFormulaText(int nRow, int nCol, std::u16string& text, int nParseType = 1) const;
+  // The text a user edits in the cell: the formula text (an array formula within
+  // braces), else the constant as it would be typed. False, with text empty, for a
+  // position without a value or formula.
+  bool GetDispFormulaText(int nRow, int nCol, std::u16string& text, int nParseType = 1) const;
+
   // Readers: an absent cell reads as Empty.
   void GetValue(int nRow, int nCol, TValue* pValue) const;
   // False when the position holds no number.

@@ -14,9 +14,12 @@ class TRange;
 class TRegion;
 
 // 1 to 30 arguments, each enumerated as a list. The two options choose what the
-// walk hands on: bRefCells the cells of references (else a reference counts as one
-// value), bArrayItems the elements of arrays (else an array counts as one value).
-// COUNT, COUNTA, AND and OR set both.
+// walk hands on: bRefCells the non-empty cells of references to EnumCell (else a
+// reference reaches EnumValue as it is), bArrayItems the elements of arrays to
+// EnumValue (else the array itself). Direct scalars reach Enum, which hands them to
+// EnumValue unless overridden; a reference to a deleted sheet reaches EnumValue as
+// #REF!. Every argument is walked; the hooks decide what an error means. COUNT,
+// COUNTA, AND and OR set both options.
 class YARVBOOK_API TFuncListArgs : public TFuncVarArgs {
  public:
   TFuncListArgs(unsigned nResId, const char16_t* pwszName, unsigned short nFunc, bool bRefCells,
@@ -52,7 +55,11 @@ class YARVBOOK_API TFuncRealListArgs : public TFuncVarArgs {
   using TFuncVarArgs::Evaluate;
   void Evaluate(TValue* pArgs, int nArgs) override { Evaluate(pArgs, 0, nArgs); }
   // Sets the cursor to pArgs, calls StartEnum, EvaluateOneArg for nFirst to
-  // nArgs - 1, then FinishEnum unless the cursor holds an error.
+  // nArgs - 1 (stopping at the first error), then FinishEnum unless an error became
+  // the result. What counts: numbers in cells of references and in arrays (text,
+  // logical and empty cells and elements are passed over; an error one is the
+  // result); direct numbers, logicals (1 or 0) and omitted arguments (0); direct
+  // text is #VALUE! and a direct error the result.
   virtual void Evaluate(TValue* pArgs, int nFirst, int nArgs);
   virtual void EvaluateOneArg(TValue* pArgs, int nIndex, int nArgs);
 
@@ -66,12 +73,18 @@ class YARVBOOK_API TFuncRealListArgs : public TFuncVarArgs {
   virtual void OnMeetCell(CSheetBase* pSheet, int nRow, int nCol);
   virtual void OnMeetRange(CSheetBase* pSheet, const TRange& range);
   virtual void OnMeetRegion(CSheetBase* pSheet, const TRegion& region);
+  // Makes err the call's result and stops the walk.
+  static void SetResultError(int nError);
 
  public:
   // The walk's cursor (the result slot) and accumulator, shared by all list
   // functions: evaluation is single-threaded and list calls do not nest.
   static TValue* m_pVal;
   static double m_Real;
+  // Values enumerated so far (AVERAGE, MIN, MAX and PRODUCT tell "none" apart).
+  static int m_nCount;
+  // Set by SetResultError: the walk stops and FinishEnum is not called.
+  static bool m_bFailed;
 };
 
 // Proposes the number format of the first cell met that has a format record in the
@@ -97,6 +110,8 @@ class YARVBOOK_API TFuncRTLListArgs : public TFuncRealListArgs {
  protected:
   void Enum(TValue* pVal) override;
   void Enum(const TValue* pVal) override;
+  // Text and logical cells of references reach EnumOther too.
+  void EnumCell(CSheetBase* pSheet, CCell* pCell) override;
   virtual void EnumOther(const TValue* pVal) = 0;
 };
 

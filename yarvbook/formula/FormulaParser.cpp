@@ -4,13 +4,20 @@
 #include <cmath>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/A1Text.h"
 #include "base/ZelException.h"
 #include "book/BookBase.h"
+#include "book/Name.h"
 #include "book/SheetBase.h"
+#include "eval/ExternFunc.h"
+#include "eval/Func.h"
+#include "extern/ExternSheet.h"
+#include "extern/SupBook.h"
 #include "platform/Locale.h"
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
@@ -245,27 +252,203 @@ void CFormulaParser::SetFormulaType(EFormulaType type) {
 }
 
 // ---- Default lookups ------------------------------------------------------------
-// Sheets come from the book; functions, names and external sheets are answered by
-// the tables that provide them, and are unknown here.
+// Functions come from the function registry, names from the book's name table,
+// sheet prefixes from the book's supporting-book and extern-sheet tables.
 
-const TParseFunc* CFormulaParser::FindFunction(const char16_t*, int) { return nullptr; }
-bool CFormulaParser::FindExternFunction(const char16_t*, int, int*, int*, int*) { return false; }
+namespace {
+
+// The parser's descriptor of each registered function, refreshed from the registry
+// at every lookup so that a body registered late or a reloaded local name is seen.
+TParseFunc g_ParseFuncs[kNumFuncSlots];
+
+// The 1-based index of the extern name of pSupBook spelt by the nLen units at p,
+// added when bAdd; 0 when none.
+int FindSupBookName(CSupBook* pSupBook, const char16_t* p, int nLen, bool bAdd) {
+  int nIndex = -1;
+  if (pSupBook->FindExternName(p, nLen, &nIndex)) return nIndex + 1;
+  if (!bAdd) return 0;
+  pSupBook->AddExternName(p, nLen, &nIndex);
+  return nIndex + 1;
+}
+
+}  // namespace
+
+const TParseFunc* CFormulaParser::FindFunction(const char16_t* p, int nLen) {
+  const TFunc* pFunc = TFunc::FindFunc(p, nLen, m_bEnglish ? 1 : 0);
+  if (pFunc == nullptr) return nullptr;
+  TParseFunc& desc = g_ParseFuncs[pFunc->GetFuncNumber()];
+  desc.pwszName = pFunc->GetName();
+  desc.pwszLocalName = pFunc->GetLocalName();
+  desc.nFunc = pFunc->GetFuncNumber();
+  desc.nMinArgs = static_cast<unsigned char>(pFunc->GetMinArgs());
+  desc.nMaxArgs = static_cast<unsigned char>(pFunc->GetMaxArgs());
+  desc.nResultClass = pFunc->GetResultClass();
+  unsigned wClasses = 0;
+  for (int i = 0; i < 8; i++)
+    wClasses |= static_cast<unsigned>(pFunc->GetArgClass(i)) << (i < 7 ? 2 * i : 14);
+  desc.wArgClasses = static_cast<unsigned short>(wClasses);
+  desc.bVolatile = pFunc->IsVolatile();
+  desc.bVarArgs = pFunc->GetMinArgs() != pFunc->GetMaxArgs();
+  return &desc;
+}
+
+// External functions (and the host's add-ins) are called as function 255 with their
+// name as a tNameX of the book's add-in supporting book.
+bool CFormulaParser::FindExternFunction(const char16_t* p, int nLen, int* pFunc, int* pExternSheet,
+                                        int* pNameIndex) {
+  if (m_pBook == nullptr) return false;
+  TExternFunc* pExtern = TExternFunc::FindFunc(p, nLen, m_bEnglish ? 1 : 0);
+  if (pExtern != nullptr) {
+    pExtern->SetOwner(m_pBook);
+  } else {
+    m_sName.assign(p, static_cast<size_t>(nLen));
+    if (m_pBook->FindExternFunc(m_sName.c_str()) == nullptr) return false;
+  }
+  const int nSupBook = m_pBook->MakeSupBook(nullptr, nullptr, CSupBook::kKindAddIn);
+  const int nExtern = m_pBook->MakeExternSheet(nSupBook, CExternSheet::kSheetForNames,
+                                               CExternSheet::kSheetForNames);
+  // The name is stored as the function's English name, so the call unparses and
+  // evaluates whatever the parser's mode was.
+  const char16_t* pwszName = pExtern != nullptr ? pExtern->GetName() : m_sName.c_str();
+  int nNameLen = 0;
+  while (pwszName[nNameLen] != 0) nNameLen++;
+  *pFunc = kFuncExtern;
+  *pExternSheet = nExtern;
+  *pNameIndex = FindSupBookName(m_pBook->GetSupBook(nSupBook), pwszName, nNameLen, true);
+  return true;
+}
+
 int CFormulaParser::FindSheet(const char16_t* p, int nLen) {
   if (!m_pBook) return -1;
   m_sName.assign(p, static_cast<size_t>(nLen));
   const CSheetBase* pSheet = m_pBook->FindSheetBase(m_sName.c_str(), /*bIgnoreCase=*/true);
   return pSheet ? pSheet->GetSheetIndex() : -1;
 }
-int CFormulaParser::FindExternSheet(const TExternPrefix&, bool) { return -1; }
-int CFormulaParser::FindOwnExternSheet(int) { return -1; }
-int CFormulaParser::FindName(const char16_t*, int, bool) { return 0; }
-int CFormulaParser::FindExternName(int, const char16_t*, int, bool) { return 0; }
+
+int CFormulaParser::FindExternSheet(const TExternPrefix& prefix, bool bForName) {
+  if (m_pBook == nullptr) return -1;
+  if (prefix.nBookLen == 0) {
+    // Sheets of this book.
+    if (prefix.nSheet1Len == 0) return -1;
+    int nSheet1 = FindSheet(prefix.pSheet1, prefix.nSheet1Len);
+    int nSheet2 = prefix.nSheet2Len > 0 ? FindSheet(prefix.pSheet2, prefix.nSheet2Len) : nSheet1;
+    if (nSheet1 < 0 || nSheet2 < 0) return -1;
+    if (nSheet2 < nSheet1) std::swap(nSheet1, nSheet2);
+    return m_pBook->MakeExternSheet(m_pBook->GetExternTables().MakeSelfSupBook(), nSheet1, nSheet2);
+  }
+  std::u16string sTitle(prefix.pBook, static_cast<size_t>(prefix.nBookLen));
+  CBookBase* pRefBook = CBookBase::FindBook(sTitle.c_str());
+  const int nSupBook = m_pBook->MakeSupBook(sTitle.c_str(), pRefBook);
+  if (prefix.nSheet1Len == 0) {
+    if (!bForName) return -1;
+    return m_pBook->MakeExternSheet(nSupBook, CExternSheet::kSheetForNames,
+                                    CExternSheet::kSheetForNames);
+  }
+  // An open book is addressed by its own sheet numbers, a closed one by the entries
+  // of its supporting book's sheet list.
+  auto sheetIndex = [&](const char16_t* p, int nLen) {
+    std::u16string sSheet(p, static_cast<size_t>(nLen));
+    if (pRefBook != nullptr) {
+      const CSheetBase* pSheet = pRefBook->FindSheetBase(sSheet.c_str(), /*bIgnoreCase=*/true);
+      return pSheet != nullptr ? pSheet->GetSheetIndex() : -1;
+    }
+    CSupBook* pSupBook = m_pBook->GetSupBook(nSupBook);
+    int nIndex = -1;
+    if (pSupBook->FindSheet(sSheet.c_str(), &nIndex) == nullptr)
+      pSupBook->AddSheet(sSheet.c_str(), &nIndex);
+    return nIndex;
+  };
+  int nSheet1 = sheetIndex(prefix.pSheet1, prefix.nSheet1Len);
+  int nSheet2 = prefix.nSheet2Len > 0 ? sheetIndex(prefix.pSheet2, prefix.nSheet2Len) : nSheet1;
+  if (nSheet1 < 0 || nSheet2 < 0) return -1;
+  if (nSheet2 < nSheet1) std::swap(nSheet1, nSheet2);
+  return m_pBook->MakeExternSheet(nSupBook, nSheet1, nSheet2);
+}
+
+int CFormulaParser::FindOwnExternSheet(int nSheet) {
+  if (m_pBook == nullptr || nSheet < 0) return -1;
+  return m_pBook->MakeExternSheet(m_pBook->GetExternTables().MakeSelfSupBook(), nSheet, nSheet);
+}
+
+int CFormulaParser::FindName(const char16_t* p, int nLen, bool bCreate) {
+  if (m_pBook == nullptr) return 0;
+  const int nSheet = m_pSheet != nullptr ? m_pSheet->GetSheetIndex() : CName::kBookLevel;
+  const int nIndex = m_pBook->FindName(p, nLen, nSheet);
+  if (nIndex != 0 || !bCreate) return nIndex;
+  m_sName.assign(p, static_cast<size_t>(nLen));
+  if (!CName::ValidName(m_sName.c_str())) return 0;
+  // An undefined book-level name: it evaluates to #NAME? until it is given a formula.
+  auto pName = std::make_unique<CName>(m_sName.c_str());
+  const int nAdded = m_pBook->AddName(pName.get());
+  pName.release();
+  return nAdded;
+}
+
+int CFormulaParser::FindExternName(int nExternSheet, const char16_t* p, int nLen, bool bCreate) {
+  if (m_pBook == nullptr) return 0;
+  const CExternSheet* pExtern = m_pBook->GetExternSheet(nExternSheet);
+  CSupBook* pSupBook = pExtern != nullptr ? m_pBook->GetSupBook(pExtern->GetSupBook()) : nullptr;
+  if (pSupBook == nullptr) return 0;
+  if (pSupBook->IsSelf()) return FindName(p, nLen, bCreate);
+  // A name of an open book must exist there; a closed book cannot be asked, so the
+  // reference is taken as written.
+  CBookBase* pRefBook = pSupBook->GetRefBook();
+  const bool bKnown = pRefBook == nullptr || pRefBook->FindName(p, nLen, CName::kBookLevel) != 0;
+  return FindSupBookName(pSupBook, p, nLen, bKnown || bCreate);
+}
+
 int CFormulaParser::GetFormulaSheetIndex() { return m_pSheet ? m_pSheet->GetSheetIndex() : 0; }
+
+namespace {
+
+// A column part of a whole-column span: optional "$", one to three letters naming
+// column A to IV. Advances *pp; -1 when there is none.
+int ReadSpanColumn(const char16_t** pp, bool* pbAbs) {
+  const char16_t* p = *pp;
+  *pbAbs = *p == u'$';
+  if (*pbAbs) ++p;
+  int nCol = 0, nLetters = 0;
+  while (nLetters < 3 && ((*p >= u'A' && *p <= u'Z') || (*p >= u'a' && *p <= u'z'))) {
+    nCol = nCol * 26 + ((*p | 0x20) - u'a' + 1);
+    ++p;
+    ++nLetters;
+  }
+  if (nLetters == 0 || nCol - 1 > kMaxCol) return -1;
+  *pp = p;
+  return nCol - 1;
+}
+
+// "A:C", "$A:$C": every row of the columns, the rows fixed.
+bool ReadColumnSpan(const char16_t** ppText, int* pFlags1, int* pFlags2, TRange* pRange) {
+  const char16_t* p = *ppText;
+  bool bAbs1 = false, bAbs2 = false;
+  const int nCol1 = ReadSpanColumn(&p, &bAbs1);
+  if (nCol1 < 0 || *p != u':') return false;
+  ++p;
+  const int nCol2 = ReadSpanColumn(&p, &bAbs2);
+  if (nCol2 < 0) return false;
+  const char16_t c = *p;
+  if ((c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') ||
+      c == u'_' || c == u'.' || c == u'(' || c == u'!')
+    return false;
+  *pFlags1 = (bAbs1 ? 1 : 0) | 2;
+  *pFlags2 = (bAbs2 ? 1 : 0) | 2;
+  if (nCol1 > nCol2) std::swap(*pFlags1, *pFlags2);
+  pRange->Set(0, std::min(nCol1, nCol2), kMaxRow, std::max(nCol1, nCol2));
+  *ppText = p;
+  return true;
+}
+
+}  // namespace
 
 int CFormulaParser::NextRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
                                    unsigned char* pFlags2, TRange* pRange) {
   int nFlags1 = 0, nFlags2 = 0;
-  if (!CvtRange(ppText, pIsRange, &nFlags1, &nFlags2, pRange)) return 0;
+  if (ReadColumnSpan(ppText, &nFlags1, &nFlags2, pRange)) {
+    *pIsRange = 1;
+  } else if (!CvtRange(ppText, pIsRange, &nFlags1, &nFlags2, pRange)) {
+    return 0;
+  }
   *pFlags1 = static_cast<unsigned char>(nFlags1);
   *pFlags2 = static_cast<unsigned char>(nFlags2);
   return 1;

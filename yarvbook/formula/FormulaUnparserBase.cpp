@@ -4,8 +4,15 @@
 #include <iterator>
 
 #include "book/BookBase.h"
+#include "book/CellRecord.h"
+#include "book/Name.h"
 #include "book/SheetBase.h"
 #include "eval/Func.h"
+#include "eval/Value.h"
+#include "extern/ExternName.h"
+#include "extern/ExternSheet.h"
+#include "extern/SupBook.h"
+#include "extern/SupSheet.h"
 #include "formula/Formula.h"
 #include "platform/Locale.h"
 #include "platform/ResourceIds.h"
@@ -189,13 +196,73 @@ bool CFormulaUnparserBase::GetSheetName(int nSheet, std::u16string* pName) {
   return true;
 }
 
-bool CFormulaUnparserBase::GetExternSheet(int, TExternPrefix*) { return false; }
+bool CFormulaUnparserBase::GetExternSheet(int nIndex, TExternPrefix* pPrefix) {
+  const CExternSheet* pExtern = m_pBook ? m_pBook->GetExternSheet(nIndex) : nullptr;
+  const CSupBook* pSupBook = pExtern ? m_pBook->GetSupBook(pExtern->GetSupBook()) : nullptr;
+  if (pSupBook == nullptr) return false;
+  *pPrefix = TExternPrefix{};
+  pPrefix->bOtherBook = !pSupBook->IsSelf();
+  if (pPrefix->bOtherBook) pPrefix->sBook = pSupBook->GetFullTitle();
+  if (pExtern->IsForNames()) {
+    pPrefix->bBookOnly = true;
+    return pPrefix->bOtherBook;
+  }
+  // Sheets of this book or of an open book by their numbers, of a closed book by its
+  // supporting book's sheet list.
+  const CBookBase* pBook = pSupBook->IsSelf() ? m_pBook : pSupBook->GetRefBook();
+  auto sheetName = [&](int nSheet, std::u16string* pName) {
+    if (pBook != nullptr) {
+      const CSheetBase* pSheet = pBook->SheetBase(nSheet);
+      if (pSheet == nullptr) return false;
+      *pName = pSheet->GetSheetName();
+      return true;
+    }
+    const CSupSheet* pSupSheet = pSupBook->GetSheet(nSheet);
+    if (pSupSheet == nullptr) return false;
+    *pName = pSupSheet->GetSheetName();
+    return true;
+  };
+  if (!sheetName(pExtern->GetFirstSheet(), &pPrefix->sSheet1)) return false;
+  if (pExtern->GetLastSheet() != pExtern->GetFirstSheet() &&
+      !sheetName(pExtern->GetLastSheet(), &pPrefix->sSheet2)) {
+    return false;
+  }
+  return true;
+}
 
-bool CFormulaUnparserBase::GetNameText(int, std::u16string*, std::u16string*) { return false; }
+bool CFormulaUnparserBase::GetNameText(int nIndex, std::u16string* pName, std::u16string* pSheet) {
+  const CName* pDefined = m_pBook ? m_pBook->GetName(nIndex) : nullptr;
+  if (pDefined == nullptr) return false;
+  *pName = pDefined->GetName();
+  pSheet->clear();
+  const int nSheet = pDefined->GetSheet();
+  if (nSheet != CName::kBookLevel && (m_pSheet == nullptr || nSheet != m_pSheet->GetSheetIndex())) {
+    if (const CSheetBase* pOwner = m_pBook->SheetBase(nSheet)) *pSheet = pOwner->GetSheetName();
+  }
+  return true;
+}
 
-bool CFormulaUnparserBase::GetExternNameText(int, int, std::u16string*) { return false; }
+bool CFormulaUnparserBase::GetExternNameText(int nExternSheet, int nName, std::u16string* pName) {
+  const CExternSheet* pExtern = m_pBook ? m_pBook->GetExternSheet(nExternSheet) : nullptr;
+  const CSupBook* pSupBook = pExtern ? m_pBook->GetSupBook(pExtern->GetSupBook()) : nullptr;
+  if (pSupBook == nullptr) return false;
+  if (pSupBook->IsSelf()) {
+    std::u16string sSheet;
+    return GetNameText(nName, pName, &sSheet);
+  }
+  const CExternName* pExternName = pSupBook->GetExternName(nName - 1);
+  if (pExternName == nullptr) return false;
+  *pName = pExternName->GetName();
+  return true;
+}
 
-bool CFormulaUnparserBase::GetLabelText(int, int, std::u16string*) { return false; }
+bool CFormulaUnparserBase::GetLabelText(int nRow, int nCol, std::u16string* pText) {
+  const CCell* pCell = m_pSheet ? m_pSheet->Cell(nRow, nCol) : nullptr;
+  if (pCell == nullptr || !(pCell->IsText() || pCell->IsReal())) return false;
+  pText->clear();
+  pCell->GetValue().GetValue(*pText);
+  return true;
+}
 
 std::u16string CFormulaUnparserBase::GetBoolText(bool b) const {
   if (!IsEnglish()) {
