@@ -439,6 +439,8 @@ void CSheetBase::GetNextEdge(ENextEdgeDirection eDir, TCell& cell) const {
 
 void CSheetBase::DeleteRow(int nRow) {
   if (nRow < 0 || nRow >= m_nSize || !m_pData[nRow]) return;
+  // The recalculation chain points at the row's formula cells.
+  if (m_pBook) m_pBook->InvalidateFormulasOrder(0);
   FreeObject(m_pData[nRow]);
   m_pData[nRow] = nullptr;
 }

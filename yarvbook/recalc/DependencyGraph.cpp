@@ -27,6 +27,7 @@ void CDependencyGraph::Reset(int nSheets) {
   m_Order.clear();
   m_Pos.clear();
   m_AlwaysIds.clear();
+  m_PendingIds.clear();
   m_NameUsers.clear();
   m_Queue.clear();
   m_Dirty.clear();
@@ -279,9 +280,11 @@ void CDependencyGraph::BuildDependants() {
   const std::uint32_t nCount = GetCount();
   std::vector<std::vector<CRefIndex::TEntry>> perSheet(m_Sheets.size());
   m_AlwaysIds.clear();
+  m_PendingIds.clear();
   m_NameUsers.clear();
   for (std::uint32_t nId = 0; nId < nCount; nId++) {
-    if (m_Flags[nId] & (kAlways | dfCircular | dfNeedsRecompute)) m_AlwaysIds.push_back(nId);
+    if (m_Flags[nId] & (kAlways | dfCircular)) m_AlwaysIds.push_back(nId);
+    if (m_Flags[nId] & dfNeedsRecompute) m_PendingIds.push_back(nId);
     for (const TRef* p = RefsBegin(nId); p != RefsEnd(nId); p++) {
       if (p->wSheet >= m_Sheets.size()) continue;
       perSheet[p->wSheet].push_back({nId, p->wRow1, p->wRow2, p->cCol1, p->cCol2});
@@ -304,6 +307,12 @@ void CDependencyGraph::MarkReaders(int nSheet, int nRow1, int nCol1, int nRow2, 
 
 void CDependencyGraph::MarkAlways() {
   for (const std::uint32_t nId : m_AlwaysIds) MarkDirty(nId);
+  // Formulas marked for recomputation when collected are recomputed once.
+  for (const std::uint32_t nId : m_PendingIds) {
+    MarkDirty(nId);
+    m_Flags[nId] &= static_cast<std::uint8_t>(~dfNeedsRecompute);
+  }
+  std::vector<std::uint32_t>().swap(m_PendingIds);
 }
 
 void CDependencyGraph::MarkNameUsers(int nName) {

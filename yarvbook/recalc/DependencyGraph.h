@@ -98,8 +98,8 @@ class YARVBOOK_API CDependencyGraph {
     m_Flags[nId] |= dfDirty;
     m_Queue.push_back(nId);
   }
-  // Marks the formulas recomputed every time: volatile, untrackable, circular and
-  // needs-recompute ones.
+  // Marks the formulas recomputed every time (volatile, untrackable, circular), and
+  // once the ones marked for recomputation when they were collected.
   void MarkAlways();
   // Marks the formulas that use defined name nName.
   void MarkNameUsers(int nName);
@@ -163,7 +163,9 @@ class YARVBOOK_API CDependencyGraph {
   std::vector<std::int32_t> m_Names;
   std::vector<std::uint32_t> m_Order;  // ids in dependency order
   std::vector<std::uint32_t> m_Pos;    // place in m_Order, by id
-  std::vector<std::uint32_t> m_AlwaysIds;
+  std::vector<std::uint32_t> m_AlwaysIds;   // volatile, untrackable, circular
+  std::vector<std::uint32_t> m_PendingIds;  // marked for recomputation, until the next
+                                            // minimal recalculation
   // (name, id) pairs sorted by name.
   std::vector<std::uint64_t> m_NameUsers;
   std::vector<std::uint32_t> m_Queue;  // marked, not yet followed
