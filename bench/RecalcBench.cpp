@@ -322,10 +322,12 @@ void RunWorkload(const std::string& dir, const TJson& workload) {
 
   std::printf("   formulas %.0f, parse errors %d\n", rFormulas, nParseErrors);
   std::printf("   load (CSV to cells, formulas parsed) %9.1f ms\n", rLoad);
-  std::printf("   order build                           %9.1f ms  (%.0f ns per formula)\n",
-              rOrder, rOrder * 1e6 / rFormulas);
-  std::printf("   full recalculation                    %9.1f ms  (%.0f ns per formula, %.2f M formulas/s)\n",
-              rCalc, rCalc * 1e6 / rFormulas, rFormulas / rCalc / 1000.0);
+  std::printf("   order build                           %9.1f ms  (%.0f ns per formula)\n", rOrder,
+              rOrder * 1e6 / rFormulas);
+  std::printf(
+      "   full recalculation                    %9.1f ms  (%.0f ns per formula, %.2f M "
+      "formulas/s)\n",
+      rCalc, rCalc * 1e6 / rFormulas, rFormulas / rCalc / 1000.0);
   std::printf("   load + order + calc                   %9.1f ms\n", rTotal);
   std::printf("   memory growth: resident %.1f MB, heap %.1f MB (%.0f heap bytes per formula)\n",
               rRssMb, rHeapMb, rHeapMb * 1024 * 1024 / rFormulas);

@@ -1,7 +1,5 @@
 // The banded changed region against a plain set of cells: every sequence of adds
 // must keep the band invariants and cover exactly the union of what was added.
-#include "recalc/ChangedRegion.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
@@ -10,6 +8,7 @@
 
 #include "base/Cell.h"
 #include "base/Region.h"
+#include "recalc/ChangedRegion.h"
 
 namespace {
 
@@ -90,8 +89,10 @@ TEST(ChangedRegion, RandomAddsMatchSetOfCells) {
       // Mostly small rectangles, some tall or wide ones that cross many bands.
       const int nRow1 = static_cast<int>(rng() % kModelRows);
       const int nCol1 = static_cast<int>(rng() % kModelCols);
-      const int nRows = rng() % 4 == 0 ? static_cast<int>(rng() % kModelRows) : static_cast<int>(rng() % 3);
-      const int nCols = rng() % 4 == 0 ? static_cast<int>(rng() % kModelCols) : static_cast<int>(rng() % 3);
+      const int nRows =
+          rng() % 4 == 0 ? static_cast<int>(rng() % kModelRows) : static_cast<int>(rng() % 3);
+      const int nCols =
+          rng() % 4 == 0 ? static_cast<int>(rng() % kModelCols) : static_cast<int>(rng() % 3);
       const int nRow2 = std::min(kModelRows - 1, nRow1 + nRows);
       const int nCol2 = std::min(kModelCols - 1, nCol1 + nCols);
       // Corners are given in either order.
@@ -130,7 +131,9 @@ const TAddCase kAddCases[] = {
     {"TouchingColumnsMerge", {{0, 0, 1, 1, 0}, {0, 2, 1, 2, 0}}, {{0, 0, 1, 2}}},
     {"GapOfOneColumnStays", {{0, 0, 1, 1, 0}, {0, 3, 1, 3, 0}}, {{0, 0, 1, 1}, {0, 3, 1, 3}}},
     {"StackedCellsCoalesce", {{0, 0, 0, 0, 1}, {1, 0, 1, 0, 1}}, {{0, 0, 1, 0}}},
-    {"StackedCellsWithoutCoalesce", {{0, 0, 0, 0, 0}, {1, 0, 1, 0, 0}}, {{0, 0, 0, 0}, {1, 0, 1, 0}}},
+    {"StackedCellsWithoutCoalesce",
+     {{0, 0, 0, 0, 0}, {1, 0, 1, 0, 0}},
+     {{0, 0, 0, 0}, {1, 0, 1, 0}}},
     {"TallThroughWideSplitsIntoThreeBands",
      {{1, 0, 2, 2, 0}, {0, 1, 3, 1, 0}},
      {{0, 1, 0, 1}, {1, 0, 2, 2}, {3, 1, 3, 1}}},

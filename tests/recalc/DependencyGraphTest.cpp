@@ -2,13 +2,13 @@
 // puts precedents first, the circular marks are exactly the formulas that reach a
 // cycle, and the formulas an edit marks are exactly those that read it, directly or
 // through other marked formulas.
-#include "recalc/DependencyGraph.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <random>
 #include <vector>
+
+#include "recalc/DependencyGraph.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 // The reference walk over token streams the parser writes: every rectangle read,
 // the volatile and untrackable marks, and truncated streams.
-#include "formula/FormulaRefIterator.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -12,6 +10,7 @@
 #include "book/SharedCellTable.h"
 #include "book/SheetBase.h"
 #include "formula/FormulaParser.h"
+#include "formula/FormulaRefIterator.h"
 
 namespace {
 
@@ -84,7 +83,8 @@ TEST_F(RefIteratorTest, ReportsWhatTheFormulaReads) {
       {u"(A1:B2 B2:C3)", {"area 0,0:1,1", "area 1,1:2,2"}},  // intersection through a memory token
   };
   for (const TWalkCase& c : kCases) {
-    SCOPED_TRACE(std::string(c.pwszText, c.pwszText + std::char_traits<char16_t>::length(c.pwszText)));
+    SCOPED_TRACE(
+        std::string(c.pwszText, c.pwszText + std::char_traits<char16_t>::length(c.pwszText)));
     EXPECT_EQ(c.expected, Walk(c.pwszText, TCell(5, 5)));
   }
 }

@@ -136,8 +136,7 @@ void CChangedRegion::Coallesce() {
   while (i < GetSize()) {
     const int nCount = CountBandSize(i);
     const int j = i + nCount;
-    if (j < GetSize() && (*this)[j].Row1() == (*this)[i].Row2() + 1 &&
-        CountBandSize(j) == nCount) {
+    if (j < GetSize() && (*this)[j].Row1() == (*this)[i].Row2() + 1 && CountBandSize(j) == nCount) {
       bool bSame = true;
       for (int k = 0; k < nCount && bSame; k++)
         bSame = (*this)[i + k].Col1() == (*this)[j + k].Col1() &&

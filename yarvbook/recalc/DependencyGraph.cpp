@@ -121,10 +121,10 @@ void CDependencyGraph::SetLine(TFrame& frame) const {
     // Ids of one column between rows nLo and nHi.
     const auto itBegin = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(frame.nLine)];
     const auto itEnd = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(frame.nLine) + 1];
-    const auto itLo = std::lower_bound(itBegin, itEnd, frame.nLo,
-                                       [&](std::uint32_t nId, int nRow) { return GetRow(nId) < nRow; });
-    const auto itHi = std::upper_bound(itLo, itEnd, frame.nHi,
-                                       [&](int nRow, std::uint32_t nId) { return nRow < GetRow(nId); });
+    const auto itLo = std::lower_bound(
+        itBegin, itEnd, frame.nLo, [&](std::uint32_t nId, int nRow) { return GetRow(nId) < nRow; });
+    const auto itHi = std::upper_bound(
+        itLo, itEnd, frame.nHi, [&](int nRow, std::uint32_t nId) { return nRow < GetRow(nId); });
     frame.j = static_cast<std::uint32_t>(itLo - sheet.colIds.begin());
     frame.jEnd = static_cast<std::uint32_t>(itHi - sheet.colIds.begin());
     return;

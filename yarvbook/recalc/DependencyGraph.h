@@ -134,7 +134,7 @@ class YARVBOOK_API CDependencyGraph {
     int nLo, nHi;                 // the other coordinate's bounds
     std::uint16_t wSheet;
     bool bByColumn;
-    bool bActive;                 // a reference is being walked
+    bool bActive;  // a reference is being walked
   };
 
   // The next formula cell that the frame's formula reads; false when there is none.
@@ -161,8 +161,8 @@ class YARVBOOK_API CDependencyGraph {
   std::vector<TRef> m_Refs;
   std::vector<std::uint32_t> m_NameStart;
   std::vector<std::int32_t> m_Names;
-  std::vector<std::uint32_t> m_Order;  // ids in dependency order
-  std::vector<std::uint32_t> m_Pos;    // place in m_Order, by id
+  std::vector<std::uint32_t> m_Order;       // ids in dependency order
+  std::vector<std::uint32_t> m_Pos;         // place in m_Order, by id
   std::vector<std::uint32_t> m_AlwaysIds;   // volatile, untrackable, circular
   std::vector<std::uint32_t> m_PendingIds;  // marked for recomputation, until the next
                                             // minimal recalculation

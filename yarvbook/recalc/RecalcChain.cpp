@@ -38,8 +38,7 @@ void AddRef(CBookBase* pBook, CSheetBase* pSheet, const TRef& ref, CDependencyGr
     graph.AddFlags(CDependencyGraph::dfUntrackable);
     return;
   }
-  for (int s = nFirst; s <= nLast; s++)
-    graph.AddRef(s, ref.nRow1, ref.nCol1, ref.nRow2, ref.nCol2);
+  for (int s = nFirst; s <= nLast; s++) graph.AddRef(s, ref.nRow1, ref.nCol1, ref.nRow2, ref.nCol2);
 }
 
 }  // namespace
@@ -52,8 +51,8 @@ void CRecalcChain::Clear() {
 
 long CRecalcChain::FindCell(const CFormulaCell* pCell) const {
   if (!pCell || !pCell->GetSheet()) return -1;
-  const long nId = m_Graph.FindFormula(pCell->GetSheet()->GetSheetIndex(), pCell->GetRow(),
-                                       pCell->GetCol());
+  const long nId =
+      m_Graph.FindFormula(pCell->GetSheet()->GetSheetIndex(), pCell->GetRow(), pCell->GetCol());
   return nId >= 0 && m_Cells[static_cast<size_t>(nId)] == pCell ? nId : -1;
 }
 
@@ -131,8 +130,7 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
               CFormulaCell::stOrdered | CFormulaCell::stVisiting | CFormulaCell::stCircular, false);
           if (bFull) pFormulaCell->SetNeedsRecompute();
           m_Graph.AddFormula(
-              s, r, c,
-              pFormulaCell->GetNeedsRecompute() ? CDependencyGraph::dfNeedsRecompute : 0);
+              s, r, c, pFormulaCell->GetNeedsRecompute() ? CDependencyGraph::dfNeedsRecompute : 0);
           m_Cells.push_back(pFormulaCell);
           CollectDeps(pBook, pSheet, pFormulaCell);
         }
@@ -214,7 +212,8 @@ unsigned CRecalcChain::Recompute(CBookBase* pBook, bool bAll) {
       const double rOld = pCell->GetReal();
       CFormulaEvaluator evaluator(pBook, pCell->GetSheet(), pCell, pCell->GetCell());
       evaluator.Evaluate(pCell);
-      if (bWasNumber && pCell->IsReal()) rLargest = std::max(rLargest, std::fabs(pCell->GetReal() - rOld));
+      if (bWasNumber && pCell->IsReal())
+        rLargest = std::max(rLargest, std::fabs(pCell->GetReal() - rOld));
       pCell->SetNeedsRecompute(false);
     }
     nPasses++;
