@@ -7,6 +7,7 @@
 #include "base/ZelException.h"
 #include "book/CellRecord.h"
 #include "book/SheetBase.h"
+#include "recalc/RecalcChain.h"
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
 #include "platform/TextServices.h"
@@ -231,7 +232,14 @@ int CBookBase::Recalc() {
   if (IsRecalculating()) return 0;
   StartRecalc();
   const int nResult = CheckFormulasOrder();
-  if (nResult == 0 && m_pFormulaOrder) RecalcAllFormulas();
+  if (nResult == 0 && m_pFormulaOrder) {
+    RecalcAllFormulas();
+  } else if (nResult == 0) {
+    // Nothing to compute: the changes are seen.
+    for (int s = 0; s < Sheets(); s++)
+      if (CSheetBase* pSheet = SheetBase(s)) pSheet->ChangedRegion().Clear();
+    m_cRecalcState &= static_cast<unsigned char>(~kStRecalcAll);
+  }
   RecalcObjects();
   EndRecalc();
   m_cRecalcState &= static_cast<unsigned char>(~kStNeedsRecalc);
@@ -245,7 +253,16 @@ void CBookBase::StartRecalc() {
 
 void CBookBase::EndRecalc() {
   OnEndRecalc();
+  // Told once per rebuild that found cycles, after their cells have their values.
+  if (m_bNotifyCircular) {
+    m_bNotifyCircular = false;
+    NotifyCircularRefs();
+  }
   m_Names.ResetChanged();
+  // Books after this one in the list that read it recompute next; the list keeps
+  // dependants behind the books they read.
+  for (CBookBase* pBook = m_pNext; pBook; pBook = pBook->m_pNext)
+    if (pBook->RefersTo(this)) pBook->SetNeedsRecalc();
   m_cRecalcState &= static_cast<unsigned char>(~kStRecalculating);
 }
 

@@ -28,6 +28,7 @@
 class CAddInFunc;
 class CExternSheet;
 class CFormulaCell;
+class CRecalcChain;
 class CName;
 class CSheetBase;
 class CSupBook;
@@ -257,6 +258,13 @@ class YARVBOOK_API CBookBase : public CZelObArray {
   // needs it.
   int UpdateFormulasOrder();
   void RecalcAllFormulas();
+  // The chain with its dependency graph; null before the first rebuild.
+  const CRecalcChain* GetRecalcChain() const { return m_pChain.get(); }
+  // Passes run by the last RecalcAllFormulas: 1, or more when circular cells were
+  // iterated.
+  unsigned GetLastRecalcPasses() const { return m_nLastRecalcPasses; }
+  // True when one of this book's supporting books is the open book pBook.
+  bool RefersTo(const CBookBase* pBook) const;
   // Head of the chain of formula cells; null while it is not built or empty.
   CFormulaCell* GetFormulaOrder() const { return m_pFormulaOrder; }
   void SetFormulaOrder(CFormulaCell* pHead) { m_pFormulaOrder = pHead; }
@@ -303,6 +311,9 @@ class YARVBOOK_API CBookBase : public CZelObArray {
   std::u16string m_sTitle;
   std::u16string m_sLongTitle;
   CFormulaCell* m_pFormulaOrder = nullptr;  // not owned: the cells belong to the rows
+  std::unique_ptr<CRecalcChain> m_pChain;
+  unsigned m_nLastRecalcPasses = 0;
+  bool m_bNotifyCircular = false;  // a rebuild found cycles: tell the host at the end
   int m_nNextSheetIndex = 1;
   int m_nActiveSheet = 0;
   std::u16string m_sNewSheetName;

@@ -439,6 +439,8 @@ void CSheetBase::GetNextEdge(ENextEdgeDirection eDir, TCell& cell) const {
 
 void CSheetBase::DeleteRow(int nRow) {
   if (nRow < 0 || nRow >= m_nSize || !m_pData[nRow]) return;
+  // The recalculation chain points at the row's formula cells.
+  if (m_pBook) m_pBook->InvalidateFormulasOrder(0);
   FreeObject(m_pData[nRow]);
   m_pData[nRow] = nullptr;
 }
@@ -541,11 +543,17 @@ void CSheetBase::SetModified() {
 
 void CSheetBase::SetNeedsRecalc() { SetNeedsRecalc(TRange(0, 0, kMaxRow, kMaxCol)); }
 
-void CSheetBase::SetNeedsRecalc(const TCell& cell) { SetNeedsRecalc(TRange(cell)); }
+void CSheetBase::SetNeedsRecalc(const TCell& cell) {
+  if (!m_pBook) return;
+  if (m_pBook->GetMinimalRecalc())
+    m_ChangedRegion.Add(cell.row, cell.col, cell.row, cell.col, /*bCoalesce=*/true);
+  m_pBook->SetNeedsRecalc();
+}
 
 void CSheetBase::SetNeedsRecalc(const TRange& range) {
   if (!m_pBook) return;
-  if (m_pBook->GetMinimalRecalc()) m_ChangedRegion.Add(range);
+  if (m_pBook->GetMinimalRecalc())
+    m_ChangedRegion.Add(range.Row1(), range.Col1(), range.Row2(), range.Col2(), /*bCoalesce=*/true);
   m_pBook->SetNeedsRecalc();
 }
 

@@ -21,6 +21,7 @@
 #include "book/RCInfoList.h"
 #include "book/Row.h"
 #include "eval/Value.h"
+#include "recalc/ChangedRegion.h"
 #include "format/GeneralNumber.h"
 #include "format/SingleFormat.h"
 
@@ -250,8 +251,10 @@ class YARVBOOK_API CSheetBase : public CZelObArray {
   void SetNeedsRecalc();
   void SetNeedsRecalc(const TCell& cell);
   void SetNeedsRecalc(const TRange& range);
-  // The ranges changed since the last recalculation (minimal mode).
-  TRegion& ChangedRegion() { return m_ChangedRegion; }
+  // The cells changed since the last recalculation (minimal mode). The recalculation
+  // empties it once it has read it.
+  CChangedRegion& ChangedRegion() { return m_ChangedRegion; }
+  const CChangedRegion& ChangedRegion() const { return m_ChangedRegion; }
   void OnInvalidateRange(const TRange& range);
   void OnInvalidateRange(const TRegion& region);
   void UpdateRow(int nRow);
@@ -272,5 +275,5 @@ class YARVBOOK_API CSheetBase : public CZelObArray {
   std::u16string m_sRowColName;
   CRCInfoList m_RowInfo;
   CRCInfoList m_ColInfo;
-  TRegion m_ChangedRegion;
+  CChangedRegion m_ChangedRegion;
 };

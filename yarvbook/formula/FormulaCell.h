@@ -67,6 +67,10 @@ class YARVBOOK_API CFormulaCell : public CCell {
     m_wState = b ? static_cast<unsigned short>(m_wState | wBits)
                  : static_cast<unsigned short>(m_wState & ~wBits);
   }
+  // In minimal mode: marked for recomputation, circular, volatile or untrackable;
+  // using a changed name; or reading a cell of a sheet's changed region. False for a
+  // cell the last rebuild of pBook's chain did not see (no dependency information).
+  bool GetNeedsRecalc(CBookBase* pBook) const;
   bool IsOrdered() const { return HasState(stOrdered); }
   void SetOrdered(bool b = true) { SetState(stOrdered, b); }
   bool IsCircular() const { return HasState(stCircular); }

@@ -1,0 +1,358 @@
+#include "recalc/DependencyGraph.h"
+
+#include <algorithm>
+
+#include "base/Cell.h"
+
+namespace {
+
+// A reference taller than this many times its width is walked column by column.
+constexpr int kTallFactor = 16;
+// Rows with more formulas than this are searched, shorter ones scanned.
+constexpr std::uint32_t kScanLimit = 8;
+
+std::uint32_t Key(int nRow, int nCol) { return static_cast<std::uint32_t>(nRow) << 8 | nCol; }
+
+}  // namespace
+
+void CDependencyGraph::Reset(int nSheets) {
+  m_Sheets.clear();
+  m_Sheets.resize(static_cast<size_t>(nSheets > 0 ? nSheets : 0));
+  m_Key.clear();
+  m_Flags.clear();
+  m_RefStart.assign(1, 0);
+  m_Refs.clear();
+  m_NameStart.assign(1, 0);
+  m_Names.clear();
+  m_Order.clear();
+  m_Pos.clear();
+  m_AlwaysIds.clear();
+  m_PendingIds.clear();
+  m_NameUsers.clear();
+  m_Queue.clear();
+  m_Dirty.clear();
+}
+
+std::uint32_t CDependencyGraph::AddFormula(int nSheet, int nRow, int nCol, std::uint8_t cFlags) {
+  const std::uint32_t nId = GetCount();
+  if (nId > 0) {
+    m_RefStart.push_back(static_cast<std::uint32_t>(m_Refs.size()));
+    m_NameStart.push_back(static_cast<std::uint32_t>(m_Names.size()));
+  }
+  m_Key.push_back(Key(nRow, nCol));
+  m_Flags.push_back(cFlags);
+  TSheet& sheet = m_Sheets[static_cast<size_t>(nSheet)];
+  if (sheet.nFirst == sheet.nEnd) sheet.nFirst = nId;
+  sheet.nEnd = nId + 1;
+  return nId;
+}
+
+void CDependencyGraph::AddRef(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2) {
+  if (nRow1 > nRow2) std::swap(nRow1, nRow2);
+  if (nCol1 > nCol2) std::swap(nCol1, nCol2);
+  TRef ref;
+  ref.wSheet = static_cast<std::uint16_t>(nSheet);
+  ref.wRow1 = static_cast<std::uint16_t>(std::clamp(nRow1, 0, kMaxRow));
+  ref.wRow2 = static_cast<std::uint16_t>(std::clamp(nRow2, 0, kMaxRow));
+  ref.cCol1 = static_cast<std::uint8_t>(std::clamp(nCol1, 0, kMaxCol));
+  ref.cCol2 = static_cast<std::uint8_t>(std::clamp(nCol2, 0, kMaxCol));
+  m_Refs.push_back(ref);
+  m_Flags.back() |= dfHasDeps;
+}
+
+void CDependencyGraph::AddName(int nName) {
+  m_Names.push_back(nName);
+  m_Flags.back() |= dfHasDeps;
+}
+
+void CDependencyGraph::EndCollect() {
+  if (GetCount() > 0) {
+    m_RefStart.push_back(static_cast<std::uint32_t>(m_Refs.size()));
+    m_NameStart.push_back(static_cast<std::uint32_t>(m_Names.size()));
+  }
+  for (TSheet& sheet : m_Sheets) {
+    if (sheet.nFirst == sheet.nEnd) continue;
+    const int nLastRow = GetRow(sheet.nEnd - 1);
+    sheet.rowFirst.assign(static_cast<size_t>(nLastRow) + 2, sheet.nEnd);
+    // Walk backwards so that each row ends up with its first id; rows without a
+    // formula take the first id of the next row that has one.
+    std::uint32_t nNext = sheet.nEnd;
+    int nRow = nLastRow + 1;
+    for (std::uint32_t nId = sheet.nEnd; nId-- > sheet.nFirst;) {
+      const int nIdRow = GetRow(nId);
+      while (nRow > nIdRow + 1) sheet.rowFirst[static_cast<size_t>(--nRow)] = nNext;
+      nNext = nId;
+      sheet.rowFirst[static_cast<size_t>(nIdRow)] = nId;
+      nRow = nIdRow + 1;
+    }
+    while (nRow > 0) sheet.rowFirst[static_cast<size_t>(--nRow)] = nNext;
+    // Column table by counting sort; ids ascend, so each column's list is by row.
+    sheet.colStart.assign(kMaxCol + 2, 0);
+    for (std::uint32_t nId = sheet.nFirst; nId < sheet.nEnd; nId++)
+      sheet.colStart[static_cast<size_t>(GetCol(nId)) + 1]++;
+    for (int c = 1; c <= kMaxCol + 1; c++) sheet.colStart[c] += sheet.colStart[c - 1];
+    sheet.colIds.resize(sheet.nEnd - sheet.nFirst);
+    std::vector<std::uint32_t> fill(sheet.colStart.begin(), sheet.colStart.end() - 1);
+    for (std::uint32_t nId = sheet.nFirst; nId < sheet.nEnd; nId++)
+      sheet.colIds[fill[static_cast<size_t>(GetCol(nId))]++] = nId;
+  }
+}
+
+int CDependencyGraph::GetSheet(std::uint32_t nId) const {
+  for (size_t s = 0; s < m_Sheets.size(); s++)
+    if (nId >= m_Sheets[s].nFirst && nId < m_Sheets[s].nEnd) return static_cast<int>(s);
+  return -1;
+}
+
+long CDependencyGraph::FindFormula(int nSheet, int nRow, int nCol) const {
+  if (nSheet < 0 || static_cast<size_t>(nSheet) >= m_Sheets.size()) return -1;
+  const TSheet& sheet = m_Sheets[static_cast<size_t>(nSheet)];
+  if (nRow < 0 || static_cast<size_t>(nRow) + 1 >= sheet.rowFirst.size()) return -1;
+  const auto itBegin = m_Key.begin() + sheet.rowFirst[static_cast<size_t>(nRow)];
+  const auto itEnd = m_Key.begin() + sheet.rowFirst[static_cast<size_t>(nRow) + 1];
+  const auto it = std::lower_bound(itBegin, itEnd, Key(nRow, nCol));
+  if (it == itEnd || *it != Key(nRow, nCol)) return -1;
+  return static_cast<long>(it - m_Key.begin());
+}
+
+void CDependencyGraph::SetLine(TFrame& frame) const {
+  const TSheet& sheet = m_Sheets[frame.wSheet];
+  if (frame.bByColumn) {
+    // Ids of one column between rows nLo and nHi.
+    const auto itBegin = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(frame.nLine)];
+    const auto itEnd = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(frame.nLine) + 1];
+    const auto itLo = std::lower_bound(
+        itBegin, itEnd, frame.nLo, [&](std::uint32_t nId, int nRow) { return GetRow(nId) < nRow; });
+    const auto itHi = std::upper_bound(
+        itLo, itEnd, frame.nHi, [&](int nRow, std::uint32_t nId) { return nRow < GetRow(nId); });
+    frame.j = static_cast<std::uint32_t>(itLo - sheet.colIds.begin());
+    frame.jEnd = static_cast<std::uint32_t>(itHi - sheet.colIds.begin());
+    return;
+  }
+  // Ids of one row between columns nLo and nHi.
+  std::uint32_t j = sheet.rowFirst[static_cast<size_t>(frame.nLine)];
+  std::uint32_t jEnd = sheet.rowFirst[static_cast<size_t>(frame.nLine) + 1];
+  if (jEnd - j > kScanLimit) {
+    const auto itBegin = m_Key.begin() + j;
+    const auto itEnd = m_Key.begin() + jEnd;
+    j = static_cast<std::uint32_t>(std::lower_bound(itBegin, itEnd, Key(frame.nLine, frame.nLo)) -
+                                   m_Key.begin());
+    jEnd = static_cast<std::uint32_t>(
+        std::upper_bound(m_Key.begin() + j, itEnd, Key(frame.nLine, frame.nHi)) - m_Key.begin());
+  } else {
+    while (j < jEnd && GetCol(j) < frame.nLo) j++;
+    while (jEnd > j && GetCol(jEnd - 1) > frame.nHi) jEnd--;
+  }
+  frame.j = j;
+  frame.jEnd = jEnd;
+}
+
+bool CDependencyGraph::NextPrecedent(TFrame& frame, std::uint32_t& nId) const {
+  for (;;) {
+    if (frame.j < frame.jEnd) {
+      const std::uint32_t k = frame.j++;
+      nId = frame.bByColumn ? m_Sheets[frame.wSheet].colIds[k] : k;
+      return true;
+    }
+    if (frame.bActive && frame.nLine < frame.nLineEnd) {
+      frame.nLine++;
+      SetLine(frame);
+      continue;
+    }
+    frame.bActive = false;
+    if (frame.nRef >= frame.nRefEnd) return false;
+    const TRef& ref = m_Refs[frame.nRef++];
+    if (ref.wSheet >= m_Sheets.size()) continue;
+    const TSheet& sheet = m_Sheets[ref.wSheet];
+    if (sheet.rowFirst.empty()) continue;
+    const int nRow1 = ref.wRow1;
+    const int nRow2 = std::min<int>(ref.wRow2, static_cast<int>(sheet.rowFirst.size()) - 2);
+    if (nRow1 > nRow2) continue;
+    frame.wSheet = ref.wSheet;
+    frame.bActive = true;
+    frame.bByColumn = (nRow2 - nRow1 + 1) > kTallFactor * (ref.cCol2 - ref.cCol1 + 1);
+    if (frame.bByColumn) {
+      frame.nLine = ref.cCol1;
+      frame.nLineEnd = ref.cCol2;
+      frame.nLo = nRow1;
+      frame.nHi = nRow2;
+    } else {
+      frame.nLine = nRow1;
+      frame.nLineEnd = nRow2;
+      frame.nLo = ref.cCol1;
+      frame.nHi = ref.cCol2;
+    }
+    SetLine(frame);
+  }
+}
+
+bool CDependencyGraph::SetDependentCellsOrder(std::uint32_t nRoot, std::vector<TFrame>& stack) {
+  // Entering a formula: a circular one reports circular; one on the path is marked
+  // circular; an ordered one or one that reads nothing has nothing to order.
+  // Otherwise it goes on the stack. The walk of a frame appends each precedent it
+  // finishes; a circular result unwinds the whole path, marking every formula on it.
+  auto Enter = [&](std::uint32_t nId, int& nResult) {
+    std::uint8_t& cFlags = m_Flags[nId];
+    if (cFlags & dfCircular) {
+      nResult = 1;
+      return;
+    }
+    if (cFlags & dfVisiting) {
+      cFlags |= dfCircular;
+      nResult = 1;
+      return;
+    }
+    if ((cFlags & dfOrdered) || !(cFlags & dfHasDeps)) {
+      nResult = 0;
+      return;
+    }
+    cFlags |= dfVisiting;
+    TFrame frame{};
+    frame.nId = nId;
+    frame.nRef = m_RefStart[nId];
+    frame.nRefEnd = m_RefStart[nId + 1];
+    stack.push_back(frame);
+    nResult = -1;  // pending
+  };
+
+  stack.clear();
+  int nResult;
+  Enter(nRoot, nResult);
+  if (nResult >= 0) return nResult == 0;
+  while (!stack.empty()) {
+    TFrame& frame = stack.back();
+    std::uint32_t nPrec;
+    if (NextPrecedent(frame, nPrec)) {
+      // An ordered precedent is done with, unless it is circular: then so is this
+      // formula, whenever the precedent was ordered.
+      if ((m_Flags[nPrec] & (dfOrdered | dfCircular)) == dfOrdered) continue;
+      Enter(nPrec, nResult);
+      if (nResult == 0) {
+        Append(nPrec);
+        continue;
+      }
+      if (nResult < 0) continue;  // descend into the new frame
+    } else {
+      nResult = 0;
+    }
+    // The frame is finished with nResult: 0 in order, 1 circular.
+    for (;;) {
+      const std::uint32_t nDone = stack.back().nId;
+      std::uint8_t& cFlags = m_Flags[nDone];
+      cFlags &= static_cast<std::uint8_t>(~dfVisiting);
+      if (nResult) cFlags |= dfCircular;
+      stack.pop_back();
+      if (stack.empty()) return nResult == 0;
+      if (nResult == 0) {
+        Append(nDone);  // its parent goes on with its next precedent
+        break;
+      }
+      // Circular: the parent stops too.
+    }
+  }
+  return true;
+}
+
+void CDependencyGraph::UpdateFormulaOrder(std::uint32_t nId, std::vector<TFrame>& stack) {
+  if (m_Flags[nId] & dfOrdered) return;
+  SetDependentCellsOrder(nId, stack);
+  Append(nId);
+}
+
+int CDependencyGraph::BuildOrder() {
+  const std::uint32_t nCount = GetCount();
+  m_Order.clear();
+  m_Order.reserve(nCount);
+  std::vector<TFrame> stack;
+  int nCircular = 0;
+  for (std::uint32_t nId = 0; nId < nCount; nId++) {
+    UpdateFormulaOrder(nId, stack);
+  }
+  m_Pos.resize(nCount);
+  for (std::uint32_t i = 0; i < nCount; i++) {
+    m_Pos[m_Order[i]] = i;
+    if (m_Flags[m_Order[i]] & dfCircular) nCircular++;
+  }
+  return nCircular;
+}
+
+void CDependencyGraph::BuildDependants() {
+  const std::uint32_t nCount = GetCount();
+  std::vector<std::vector<CRefIndex::TEntry>> perSheet(m_Sheets.size());
+  m_AlwaysIds.clear();
+  m_PendingIds.clear();
+  m_NameUsers.clear();
+  for (std::uint32_t nId = 0; nId < nCount; nId++) {
+    if (m_Flags[nId] & (kAlways | dfCircular)) m_AlwaysIds.push_back(nId);
+    if (m_Flags[nId] & dfNeedsRecompute) m_PendingIds.push_back(nId);
+    for (const TRef* p = RefsBegin(nId); p != RefsEnd(nId); p++) {
+      if (p->wSheet >= m_Sheets.size()) continue;
+      perSheet[p->wSheet].push_back({nId, p->wRow1, p->wRow2, p->cCol1, p->cCol2});
+    }
+    for (const std::int32_t* p = NamesBegin(nId); p != NamesEnd(nId); p++)
+      m_NameUsers.push_back(static_cast<std::uint64_t>(static_cast<std::uint32_t>(*p)) << 32 | nId);
+  }
+  std::sort(m_NameUsers.begin(), m_NameUsers.end());
+  for (size_t s = 0; s < m_Sheets.size(); s++) {
+    m_Sheets[s].readers.Build(perSheet[s]);
+    std::vector<CRefIndex::TEntry>().swap(perSheet[s]);
+  }
+}
+
+void CDependencyGraph::MarkReaders(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2) {
+  if (nSheet < 0 || static_cast<size_t>(nSheet) >= m_Sheets.size()) return;
+  m_Sheets[static_cast<size_t>(nSheet)].readers.ForEach(
+      nRow1, nCol1, nRow2, nCol2, [this](std::uint32_t nId) { MarkDirty(nId); });
+}
+
+void CDependencyGraph::MarkAlways() {
+  for (const std::uint32_t nId : m_AlwaysIds) MarkDirty(nId);
+  // Formulas marked for recomputation when collected are recomputed once.
+  for (const std::uint32_t nId : m_PendingIds) {
+    MarkDirty(nId);
+    m_Flags[nId] &= static_cast<std::uint8_t>(~dfNeedsRecompute);
+  }
+  std::vector<std::uint32_t>().swap(m_PendingIds);
+}
+
+void CDependencyGraph::MarkNameUsers(int nName) {
+  const std::uint64_t nFrom = static_cast<std::uint64_t>(static_cast<std::uint32_t>(nName)) << 32;
+  for (auto it = std::lower_bound(m_NameUsers.begin(), m_NameUsers.end(), nFrom);
+       it != m_NameUsers.end() && (*it >> 32) == (nFrom >> 32); ++it)
+    MarkDirty(static_cast<std::uint32_t>(*it));
+}
+
+void CDependencyGraph::Propagate() {
+  while (!m_Queue.empty()) {
+    const std::uint32_t nId = m_Queue.back();
+    m_Queue.pop_back();
+    m_Dirty.push_back(nId);
+    const int nSheet = GetSheet(nId);
+    const int nRow = GetRow(nId);
+    const int nCol = GetCol(nId);
+    m_Sheets[static_cast<size_t>(nSheet)].readers.ForEach(
+        nRow, nCol, nRow, nCol, [this](std::uint32_t nReader) { MarkDirty(nReader); });
+  }
+}
+
+void CDependencyGraph::TakeDirty(std::vector<std::uint32_t>& ids) {
+  Propagate();
+  ids.clear();
+  const std::uint32_t nCount = GetCount();
+  if (m_Dirty.size() > nCount / 16) {
+    // Many: one pass over the order is cheaper than sorting.
+    ids.reserve(m_Dirty.size());
+    for (const std::uint32_t nId : m_Order)
+      if (m_Flags[nId] & dfDirty) ids.push_back(nId);
+  } else {
+    std::vector<std::uint64_t> byPos;
+    byPos.reserve(m_Dirty.size());
+    for (const std::uint32_t nId : m_Dirty)
+      byPos.push_back(static_cast<std::uint64_t>(m_Pos[nId]) << 32 | nId);
+    std::sort(byPos.begin(), byPos.end());
+    ids.reserve(byPos.size());
+    for (const std::uint64_t n : byPos) ids.push_back(static_cast<std::uint32_t>(n));
+  }
+  for (const std::uint32_t nId : m_Dirty) m_Flags[nId] &= static_cast<std::uint8_t>(~dfDirty);
+  m_Dirty.clear();
+}

@@ -1,0 +1,173 @@
+// CDependencyGraph: what the recalculation chain knows about a book's formulas,
+// kept by formula id rather than on the cells so that the walks run over compact
+// arrays. Ids are handed out sheet by sheet, row by row, column by column (the order
+// the cells are collected in), so the formulas of one sheet are one run of ids in
+// position order, and the sheet's formula region needs only a row table into it.
+//
+// For each formula: its position, its flags, and its dependency information: the
+// rectangles it reads on each sheet of the book and the defined names it uses. From
+// these the graph builds the dependency order (depth first, without recursion on the
+// machine stack) and, for minimal recalculation, an index from rectangles to the
+// formulas that read them, so that the formulas an edit reaches are found without
+// visiting the others.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "base/Export.h"
+#include "recalc/RefIndex.h"
+
+class YARVBOOK_API CDependencyGraph {
+ public:
+  // Flags per formula.
+  enum EFlag : std::uint8_t {
+    dfVolatile = 0x01,        // calls a volatile function: recomputed every time
+    dfUntrackable = 0x02,     // reads something no rectangle describes: every time
+    dfNeedsRecompute = 0x04,  // the cell's needs-recompute mark, seen at collection
+    dfOrdered = 0x08,         // in the order
+    dfVisiting = 0x10,        // on the current depth-first path
+    dfCircular = 0x20,        // on, or depending on, a cycle
+    dfDirty = 0x40,           // chosen for recomputation by the current recalculation
+    dfHasDeps = 0x80,         // has dependency information (reads something)
+  };
+  static constexpr std::uint8_t kAlways = dfVolatile | dfUntrackable;
+
+  // A rectangle a formula reads: sheet index in the book, rows and columns in order.
+  struct TRef {
+    std::uint16_t wSheet;
+    std::uint16_t wRow1, wRow2;
+    std::uint8_t cCol1, cCol2;
+  };
+
+  CDependencyGraph() = default;
+  CDependencyGraph(const CDependencyGraph&) = delete;
+  CDependencyGraph& operator=(const CDependencyGraph&) = delete;
+
+  // ---- Collection ------------------------------------------------------------------
+  // Forgets everything; the book has nSheets sheets.
+  void Reset(int nSheets);
+  // The next formula: sheets in ascending order, inside a sheet row by row and column
+  // by column. Returns its id. Throws std::bad_alloc.
+  std::uint32_t AddFormula(int nSheet, int nRow, int nCol, std::uint8_t cFlags);
+  // Dependency information of the formula added last. Rectangles outside the book's
+  // sheets are the caller's to flag untrackable. Throw std::bad_alloc.
+  void AddRef(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2);
+  void AddName(int nName);
+  void AddFlags(std::uint8_t cFlags) { m_Flags.back() |= cFlags; }
+  // Ends the collection: closes the last formula's references and builds each
+  // sheet's formula region. Throws std::bad_alloc.
+  void EndCollect();
+
+  // ---- Order -----------------------------------------------------------------------
+  // The dependency order: every formula once, precedents before the formulas that
+  // read them, circular ones after what they reached. Sets the circular flags.
+  // Returns the number of circular formulas. Throws std::bad_alloc.
+  int BuildOrder();
+  const std::vector<std::uint32_t>& GetOrder() const { return m_Order; }
+
+  // Builds the index from rectangles to the formulas that read them, and the lists of
+  // formulas recomputed every time. Throws std::bad_alloc.
+  void BuildDependants();
+
+  // ---- Queries ---------------------------------------------------------------------
+  std::uint32_t GetCount() const { return static_cast<std::uint32_t>(m_Flags.size()); }
+  std::uint8_t GetFlags(std::uint32_t nId) const { return m_Flags[nId]; }
+  bool IsCircular(std::uint32_t nId) const { return (m_Flags[nId] & dfCircular) != 0; }
+  int GetSheet(std::uint32_t nId) const;
+  int GetRow(std::uint32_t nId) const { return static_cast<int>(m_Key[nId] >> 8); }
+  int GetCol(std::uint32_t nId) const { return static_cast<int>(m_Key[nId] & 0xFF); }
+  // The id of the formula at a position, or -1.
+  long FindFormula(int nSheet, int nRow, int nCol) const;
+  // The references and names of a formula.
+  const TRef* RefsBegin(std::uint32_t nId) const { return m_Refs.data() + m_RefStart[nId]; }
+  const TRef* RefsEnd(std::uint32_t nId) const { return m_Refs.data() + m_RefStart[nId + 1]; }
+  const std::int32_t* NamesBegin(std::uint32_t nId) const {
+    return m_Names.data() + m_NameStart[nId];
+  }
+  const std::int32_t* NamesEnd(std::uint32_t nId) const {
+    return m_Names.data() + m_NameStart[nId + 1];
+  }
+
+  // ---- Minimal recalculation -------------------------------------------------------
+  // Marks dirty every formula that reads a cell of the rectangle, and queues it.
+  void MarkReaders(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2);
+  // Marks and queues one formula (when not marked yet).
+  void MarkDirty(std::uint32_t nId) {
+    if (m_Flags[nId] & dfDirty) return;
+    m_Flags[nId] |= dfDirty;
+    m_Queue.push_back(nId);
+  }
+  // Marks the formulas recomputed every time (volatile, untrackable, circular), and
+  // once the ones marked for recomputation when they were collected.
+  void MarkAlways();
+  // Marks the formulas that use defined name nName.
+  void MarkNameUsers(int nName);
+  // Follows the marks: a marked formula changes its own cell, so every formula that
+  // reads it is marked too, until nothing new is reached.
+  void Propagate();
+  // The marked formulas in dependency order, marks cleared. Throws std::bad_alloc.
+  void TakeDirty(std::vector<std::uint32_t>& ids);
+  bool HasDirty() const { return !m_Dirty.empty() || !m_Queue.empty(); }
+
+ private:
+  struct TSheet {
+    std::uint32_t nFirst = 0;  // the sheet's ids are nFirst..nEnd-1
+    std::uint32_t nEnd = 0;
+    // Row table: ids of row r are m_RowFirst[r]..m_RowFirst[r + 1]-1 (absolute ids),
+    // for rows 0..(size - 2); rows past it hold no formula.
+    std::vector<std::uint32_t> rowFirst;
+    // Column table for tall rectangles: ids of column c, by row, are
+    // colIds[colStart[c]..colStart[c + 1]).
+    std::vector<std::uint32_t> colStart;
+    std::vector<std::uint32_t> colIds;
+    CRefIndex readers;  // rectangles read on this sheet -> reading formulas
+  };
+
+  // One step of the depth-first walk: a formula and where its walk over the formula
+  // cells of its references stands.
+  struct TFrame {
+    std::uint32_t nId;
+    std::uint32_t nRef, nRefEnd;  // references still to walk
+    std::uint32_t j, jEnd;        // the slice of ids (or colIds) being walked
+    int nLine, nLineEnd;          // rows (or columns) of the current reference
+    int nLo, nHi;                 // the other coordinate's bounds
+    std::uint16_t wSheet;
+    bool bByColumn;
+    bool bActive;  // a reference is being walked
+  };
+
+  // The next formula cell that the frame's formula reads; false when there is none.
+  bool NextPrecedent(TFrame& frame, std::uint32_t& nId) const;
+  // Sets j..jEnd to the ids of line nLine of the frame's current reference.
+  void SetLine(TFrame& frame) const;
+  // Appends nId to the order when it is not there yet, after its precedents.
+  void UpdateFormulaOrder(std::uint32_t nId, std::vector<TFrame>& stack);
+  // Orders the precedents of nRoot, depth first with stack as the path: each
+  // formula cell in the rectangles it reads is ordered (its own precedents first)
+  // and appended unless circular. A formula met again on the path, or one already
+  // circular, makes every formula on the path circular and ends the walk. Returns
+  // false when nRoot is circular.
+  bool SetDependentCellsOrder(std::uint32_t nRoot, std::vector<TFrame>& stack);
+  void Append(std::uint32_t nId) {
+    m_Flags[nId] |= dfOrdered;
+    m_Order.push_back(nId);
+  }
+
+  std::vector<TSheet> m_Sheets;
+  std::vector<std::uint32_t> m_Key;  // row << 8 | col, by id
+  std::vector<std::uint8_t> m_Flags;
+  std::vector<std::uint32_t> m_RefStart;  // by id, one more than formulas
+  std::vector<TRef> m_Refs;
+  std::vector<std::uint32_t> m_NameStart;
+  std::vector<std::int32_t> m_Names;
+  std::vector<std::uint32_t> m_Order;       // ids in dependency order
+  std::vector<std::uint32_t> m_Pos;         // place in m_Order, by id
+  std::vector<std::uint32_t> m_AlwaysIds;   // volatile, untrackable, circular
+  std::vector<std::uint32_t> m_PendingIds;  // marked for recomputation, until the next
+                                            // minimal recalculation
+  // (name, id) pairs sorted by name.
+  std::vector<std::uint64_t> m_NameUsers;
+  std::vector<std::uint32_t> m_Queue;  // marked, not yet followed
+  std::vector<std::uint32_t> m_Dirty;  // marked and followed
+};
