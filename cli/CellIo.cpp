@@ -1,6 +1,7 @@
 #include "CellIo.h"
 
 #include <charconv>
+#include <cmath>
 
 #include "yarvbook.h"
 
@@ -45,8 +46,13 @@ void GetRawValueText(const TValue& value, std::u16string& str) {
       double r = 0;
       value.GetValue(r);
       if (r == 0) r = 0;  // no "-0"
-      char sz[32];
-      const auto result = std::to_chars(sz, sz + sizeof sz, r);
+      // Shortest round-trip digits; plain notation for magnitudes people write that
+      // way (100000, not the shorter 1e+05), exponent notation beyond.
+      char sz[400];
+      const double rAbs = std::fabs(r);
+      const bool bPlain = r == 0 || (rAbs >= 1e-5 && rAbs < 1e15);
+      const auto result = bPlain ? std::to_chars(sz, sz + sizeof sz, r, std::chars_format::fixed)
+                                 : std::to_chars(sz, sz + sizeof sz, r);
       str.assign(sz, result.ptr);
       return;
     }

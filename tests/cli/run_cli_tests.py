@@ -98,6 +98,9 @@ CASES = [
     # ---- eval ---------------------------------------------------------------------
     case('eval', 'display text', ['eval', '=1/3'], stdout=b'0.333333333333333\n'),
     case('eval', 'raw shortest form', ['eval', '--raw', '=1/3'], stdout=b'0.3333333333333333\n'),
+    case('eval', 'raw plain digits below 1e15', ['eval', '--raw', '=2^50'],
+         stdout=b'1125899906842624\n'),
+    case('eval', 'raw exponent from 1e15', ['eval', '--raw', '=-1E+15'], stdout=b'-1e+15\n'),
     case('eval', 'the "=" may be left out', ['eval', '1+2*3'], stdout=b'7\n'),
     case('eval', 'an unknown name is #NAME?, not a parse fault', ['eval', '=foo+1'],
          stdout=b'#NAME?\n'),
