@@ -21,6 +21,16 @@ class TextFunctionsTest : public EvalTest {
     SetLocale("en-US");
     EvalTest::TearDown();
   }
+  // The value of a formula as UTF-16 text.
+  std::u16string U16Value(const char16_t* pwszFormula) {
+    EXPECT_EQ(0, m_pSheet->SetFormula(At("Z100"), pwszFormula));
+    m_pBook->Recalc();
+    TValue val;
+    m_pSheet->GetValue(99, 25, &val);
+    std::u16string s;
+    val.GetValue(s);
+    return s;
+  }
   void ExpectAll(const TEvalCase* pCases, size_t nCases) {
     for (size_t i = 0; i < nCases; ++i) {
       SCOPED_TRACE(pCases[i].pszFormula);
@@ -104,14 +114,27 @@ constexpr TEvalCase kErrors[] = {
 
 TEST_F(TextFunctionsTest, FirstFailingArgumentWins) { ExpectAll(kErrors, std::size(kErrors)); }
 
-// Decimals: 127 is the most FIXED shows; rounding to zero loses the sign.
-TEST_F(TextFunctionsTest, FixedDecimalsLimit) {
+// Decimals: 127 is the most FIXED shows. Rounding goes by the stored binary value,
+// halves away from zero, and a result of zero loses the sign.
+TEST_F(TextFunctionsTest, FixedAndDollarRounding) {
   EXPECT_EQ("1." + std::string(127, '0'), Eval("=FIXED(1,127)"));
   EXPECT_EQ("#VALUE!", Eval("=FIXED(1,128)"));
+  EXPECT_EQ("0.13", Eval("=FIXED(0.125,2)"));  // an exact half
+  EXPECT_EQ("2.67", Eval("=FIXED(2.675,2)"));  // stored as 2.67499999999999982...
   EXPECT_EQ("1,200", Eval("=FIXED(1234.5,-2)"));
+  EXPECT_EQ("10,000", Eval("=FIXED(9999.5,-1)"));  // the carry adds a digit
   EXPECT_EQ("0", Eval("=FIXED(-0.4,0)"));
   EXPECT_EQ("0", Eval("=FIXED(1234.5,-400)"));
   EXPECT_EQ("-1235", Eval("=FIXED(-1234.5,0,TRUE)"));
+  EXPECT_EQ("#NUM!", Eval("=FIXED(1.7976931348623157E+308,-308)"));  // rounds past the top
+  EXPECT_EQ("$0.00", Eval("=DOLLAR(-0.004)"));
+}
+
+// WON shows the locale's currency digits (none for the won), DOLLAR two.
+TEST_F(TextFunctionsTest, WonTakesTheLocaleCurrency) {
+  ASSERT_TRUE(SetLocale("ko-KR"));
+  EXPECT_EQ(u"\u20A91,235", U16Value(u"=WON(1234.5)"));
+  EXPECT_EQ(u"\u20A91,234.50", U16Value(u"=DOLLAR(1234.5)"));
 }
 
 // 10000 characters are 20000 bytes: the second copy crosses 32765 bytes and is kept,
@@ -158,12 +181,7 @@ TEST_F(TextFunctionsTest, ByteFormsInADoubleByteCodePage) {
   ASSERT_TRUE(SetLocale("ja-JP"));
   for (const TWideCase& c : kBytes) {
     SCOPED_TRACE(Narrow(c.pwszFormula));
-    ASSERT_EQ(0, m_pSheet->SetFormula(At("Z100"), c.pwszFormula));
-    m_pBook->Recalc();
-    TValue val;
-    m_pSheet->GetValue(99, 25, &val);
-    std::u16string s;
-    val.GetValue(s);
+    const std::u16string s = U16Value(c.pwszFormula);
     EXPECT_EQ(std::u16string(c.pwszExpected), s) << Narrow(s);
   }
 }

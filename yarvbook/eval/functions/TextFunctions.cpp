@@ -111,7 +111,7 @@ double RoundExact(double r, int nDecimals) {
   char aBuf[1500];  // 309 integer digits, the point and 1074 fraction digits
   std::snprintf(aBuf, sizeof aBuf, "%.1074f", std::fabs(r));
   std::string strDigits(aBuf);
-  const std::size_t nPoint = strDigits.find('.');
+  const std::size_t nPoint = strDigits.find_first_not_of("0123456789");  // the point
   strDigits.erase(nPoint, 1);
   const long nKeep = static_cast<long>(nPoint) + nDecimals;  // digits left standing
   if (nKeep < 0) return 0;
