@@ -79,18 +79,6 @@ TEST(NameTest, GetNameCopiesWithinTheBuffer) {
   EXPECT_EQ(0, name.GetName(buf, 0));
 }
 
-TEST(NameTest, ChangedMarks) {
-  CName name(u"Rate");
-  EXPECT_FALSE(name.IsChanged());
-  name.SetFormula(nullptr, nullptr);
-  EXPECT_TRUE(name.IsChanged());
-  EXPECT_TRUE(name.IsChangedSinceSave());
-  name.ResetChanged();
-  EXPECT_FALSE(name.IsChanged());
-  EXPECT_TRUE(name.IsChangedSinceSave());
-  EXPECT_EQ(nullptr, name.GetFormula());
-}
-
 TEST(NameTest, CloneAndCompare) {
   CName name(u"Rate", 2);
   std::unique_ptr<CName> pClone(static_cast<CName*>(name.Clone()));
@@ -151,6 +139,7 @@ TEST(NameTest, SetFormulaFromText) {
   CSheetBase* pSheet = book.NewSheet();
   ASSERT_NE(nullptr, pSheet);
   CName name(u"Rate");
+  EXPECT_FALSE(name.IsChanged());
   EXPECT_EQ(0, name.SetFormula(&book, pSheet, TCell(), u"1+2", 1));
   ASSERT_NE(nullptr, name.GetFormula());
   EXPECT_LT(0, name.GetFormula()->GetPostfixLen());
@@ -158,6 +147,8 @@ TEST(NameTest, SetFormulaFromText) {
   const CFormula before(*name.GetFormula());
 
   name.ResetChanged();
+  EXPECT_FALSE(name.IsChanged());
+  EXPECT_TRUE(name.IsChangedSinceSave());                           // only saving clears this one
   EXPECT_NE(0, name.SetFormula(&book, pSheet, TCell(), u"1+", 1));  // a failed parse
   EXPECT_TRUE(name.IsChanged());
   ASSERT_NE(nullptr, name.GetFormula());
