@@ -39,8 +39,7 @@ class TFuncDate final : public TFuncThreeArgs {
   using TFuncThreeArgs::Evaluate;
   void Evaluate(TValue* pArgs) override {
     short nYear = 0, nMonth = 0, nDay = 0;
-    if (!pArgs[0].CheckShort(nYear) || !pArgs[1].CheckShort(nMonth) ||
-        !pArgs[2].CheckShort(nDay)) {
+    if (!pArgs[0].CheckShort(nYear) || !pArgs[1].CheckShort(nMonth) || !pArgs[2].CheckShort(nDay)) {
       pArgs->Pop(3);
       return;
     }
@@ -72,7 +71,7 @@ class TFuncTime final : public TFuncThreeArgs {
     pArgs[1].GetValue(rMinute);
     pArgs[2].GetValue(rSecond);
     const double rTotal = rHour * 3600 + rMinute * 60 + rSecond;
-    if (rHour > kMaxHours || !(rTotal >= 0)) {
+    if (rHour > kMaxHours || !(rTotal >= 0) || !std::isfinite(rTotal)) {
       pArgs->SetError(TValue::errNum);
       return;
     }
@@ -87,8 +86,7 @@ enum class EDateField { dfYear, dfMonth, dfDay, dfHour, dfMinute, dfSecond };
 // half a second before the next minute reads as that minute.
 class TFuncDateField final : public TFuncOneArg {
  public:
-  TFuncDateField(unsigned nResId, const char16_t* pwszName, unsigned short nFunc,
-                 EDateField field)
+  TFuncDateField(unsigned nResId, const char16_t* pwszName, unsigned short nFunc, EDateField field)
       : TFuncOneArg(nResId, pwszName, nFunc), m_Field(field) {}
   using TFuncOneArg::Evaluate;
   void Evaluate(TValue* pArgs) override {

@@ -242,8 +242,8 @@ TValue::TError CalcVdb(const double* pIn, double& rOut) {
   const double rCost = pIn[0], rSalvage = pIn[1], rLife = pIn[2], rStart = pIn[3];
   const double rEnd = pIn[4], rFactor = pIn[5];
   const bool bSwitch = pIn[6] == 0;
-  if (rCost < 0 || rSalvage < 0 || rLife <= 0 || rFactor <= 0 || rStart < 0 ||
-      rEnd < rStart || rEnd > rLife)
+  if (rCost < 0 || rSalvage < 0 || rLife <= 0 || rFactor <= 0 || rStart < 0 || rEnd < rStart ||
+      rEnd > rLife)
     return TValue::errNum;
   const double rRate = std::fmin(rFactor / rLife, 1.0);
   const double rLastPeriod = std::ceil(rEnd);
