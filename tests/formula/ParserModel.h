@@ -3,7 +3,7 @@
 // so that byte tests do not move when the engine's function table does.
 #pragma once
 
-#include "formula/FormulaModel.h"
+#include "FormulaModel.h"  // beside this header: the fuzz targets include it too
 
 // Function descriptors the tests rely on. Classes: 1 reference, 2 value.
 inline const TParseFunc kModelFuncs[] = {
