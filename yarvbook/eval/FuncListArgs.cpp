@@ -52,8 +52,7 @@ void ForEachCell(const CSheetBase* pSheet, const TRange& range, TFn fn) {
     for (int c = range.Col1(); c <= nCol2; ++c) {
       CCell* pCell = pRow->Cell(c);
       if (pCell == nullptr || pCell->IsEmpty()) continue;
-      if (bSubtotal && (IsColSkipped(pSheet, c) || IsSubtotalSkipped(pCell, bSingleCell)))
-        continue;
+      if (bSubtotal && (IsColSkipped(pSheet, c) || IsSubtotalSkipped(pCell, bSingleCell))) continue;
       if (!fn(pCell)) return;
     }
   }
@@ -236,9 +235,9 @@ void TFuncRealListArgs::EnumCell(CSheetBase* /*pSheet*/, CCell* pCell) {
 void TFuncRealListArgs::OnMeetCell(CSheetBase* pSheet, int nRow, int nCol) {
   CCell* pCell = pSheet->Cell(nRow, nCol);
   if (pCell == nullptr || pCell->IsEmpty()) return;
-  if (CFormulaEvaluator::IsSubtotal() && (IsRowSkipped(pSheet, nRow) ||
-                                           IsColSkipped(pSheet, nCol) ||
-                                           IsSubtotalSkipped(pCell, /*bSingleCell=*/true)))
+  if (CFormulaEvaluator::IsSubtotal() &&
+      (IsRowSkipped(pSheet, nRow) || IsColSkipped(pSheet, nCol) ||
+       IsSubtotalSkipped(pCell, /*bSingleCell=*/true)))
     return;
   if (pCell->IsError()) {
     SetResultError(pCell->GetError());

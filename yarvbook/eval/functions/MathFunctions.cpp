@@ -25,9 +25,7 @@ class TFuncSumOf final : public TBase {
  protected:
   void StartEnum() override { TFuncRealListArgs::m_Real = 0; }
   void EnumReal(double r) override { TFuncRealListArgs::m_Real += r; }
-  void FinishEnum() override {
-    SetFinite(TFuncRealListArgs::m_pVal, TFuncRealListArgs::m_Real);
-  }
+  void FinishEnum() override { SetFinite(TFuncRealListArgs::m_pVal, TFuncRealListArgs::m_Real); }
 };
 
 class TFuncSumSq final : public TFuncRealListArgs {

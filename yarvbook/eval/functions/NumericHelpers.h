@@ -24,7 +24,7 @@ inline double NudgedCeil(double y) { return std::ceil(y + FudgeFPNeg(y)); }
 // 10^n: exact doubles from a table for 0 to 16 digits, the C library beyond (and
 // for negative n).
 inline double PowerOfTen(int n) {
-  static constexpr double kPowers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,
+  static constexpr double kPowers[] = {1e0, 1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7, 1e8,
                                        1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16};
   static_assert(std::size(kPowers) == 17, "10^0 to 10^16");
   if (n >= 0 && n < static_cast<int>(std::size(kPowers))) return kPowers[n];

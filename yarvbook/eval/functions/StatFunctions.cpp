@@ -67,8 +67,8 @@ class TFuncMinMaxOf final : public TBase {
       rBest = m_bMax ? std::max(rBest, r) : std::min(rBest, r);
   }
   void FinishEnum() override {
-    TFuncRealListArgs::m_pVal->SetValue(TFuncRealListArgs::m_nCount == 0 ? 0.0
-                                                                        : TFuncRealListArgs::m_Real);
+    TFuncRealListArgs::m_pVal->SetValue(
+        TFuncRealListArgs::m_nCount == 0 ? 0.0 : TFuncRealListArgs::m_Real);
   }
 
  private:
