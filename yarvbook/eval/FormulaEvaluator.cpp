@@ -23,6 +23,7 @@ TValue* CFormulaEvaluator::m_pVal = nullptr;
 constinit bool CFormulaEvaluator::m_bCalcArray = false;
 constinit bool CFormulaEvaluator::m_bSubtotal = false;
 constinit bool CFormulaEvaluator::m_bSubA = false;
+constinit bool CFormulaEvaluator::m_bSubSkipHidden = false;
 constinit CBookBase* CFormulaEvaluator::m_pLastBook = nullptr;
 constinit CSheetBase* CFormulaEvaluator::m_pLastSheet = nullptr;
 constinit CFormulaCell* CFormulaEvaluator::m_pLastCell = nullptr;

@@ -83,6 +83,10 @@ class YARVBOOK_API CFormulaEvaluator {
   static void SetCalcArray(bool b) { m_bCalcArray = b; }
   static bool IsSubtotal() { return m_bSubtotal; }
   static bool IsSubA() { return m_bSubA; }
+  // Set by SUBTOTAL and SUBTOTALA for the list function they call: in subtotal mode
+  // cells in hidden rows and hidden columns are skipped too.
+  static bool IsSubSkipHidden() { return m_bSubSkipHidden; }
+  static void SetSubSkipHidden(bool b) { m_bSubSkipHidden = b; }
   // The context of the evaluation that ran last (a nested one leaves its own).
   static CBookBase* GetLastBook() { return m_pLastBook; }
   static CSheetBase* GetLastSheet() { return m_pLastSheet; }
@@ -98,6 +102,7 @@ class YARVBOOK_API CFormulaEvaluator {
   static bool m_bCalcArray;
   static bool m_bSubtotal;
   static bool m_bSubA;
+  static bool m_bSubSkipHidden;
 
  private:
   void Init();

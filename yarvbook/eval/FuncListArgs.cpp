@@ -10,6 +10,7 @@
 #include "book/SheetBase.h"
 #include "eval/FormulaEvaluator.h"
 #include "eval/Value.h"
+#include "formula/FormulaCell.h"
 
 constinit TValue* TFuncRealListArgs::m_pVal = nullptr;
 constinit double TFuncRealListArgs::m_Real = 0;
@@ -18,19 +19,41 @@ constinit bool TFuncRealListArgs::m_bFailed = false;
 
 namespace {
 
-// Calls fn(pCell) for every non-empty cell of range on pSheet, row by row; only rows
-// and cells that exist are visited, so a whole column costs what it holds. Stops
-// when fn returns false.
+// Subtotal mode (a list function called by SUBTOTAL or SUBTOTALA) leaves out the
+// rows a filter hid and, while the hidden-skip switch is on, hidden rows and columns.
+bool IsRowSkipped(const CSheetBase* pSheet, int nRow) {
+  return pSheet->RowInfo().IsFiltered(nRow) ||
+         (CFormulaEvaluator::IsSubSkipHidden() && pSheet->GetRowHidden(nRow));
+}
+bool IsColSkipped(const CSheetBase* pSheet, int nCol) {
+  return CFormulaEvaluator::IsSubSkipHidden() && pSheet->GetColHidden(nCol);
+}
+// A cell holding a subtotal is left out of a range always, so that nested subtotals
+// are not counted twice; a single-cell argument naming one only with the hidden-skip
+// switch.
+bool IsSubtotalSkipped(const CCell* pCell, bool bSingleCell) {
+  return pCell->IsFormula() &&
+         static_cast<const CFormulaCell*>(pCell)->HasState(CFormulaCell::stSubtotal) &&
+         (!bSingleCell || CFormulaEvaluator::IsSubSkipHidden());
+}
+
+// Calls fn(pCell) for every non-empty cell of range on pSheet, row by row, passing
+// over what subtotal mode leaves out; only rows and cells that exist are visited, so
+// a whole column costs what it holds. Stops when fn returns false.
 template <class TFn>
 void ForEachCell(const CSheetBase* pSheet, const TRange& range, TFn fn) {
+  const bool bSubtotal = CFormulaEvaluator::IsSubtotal();
+  const bool bSingleCell = range.IsSingleCell();
   const int nRow2 = std::min(range.Row2(), pSheet->Rows() - 1);
   for (int r = range.Row1(); r <= nRow2; ++r) {
     const CRow* pRow = pSheet->Row(r);
-    if (pRow == nullptr) continue;
+    if (pRow == nullptr || (bSubtotal && IsRowSkipped(pSheet, r))) continue;
     const int nCol2 = std::min(range.Col2(), pRow->Cells() - 1);
     for (int c = range.Col1(); c <= nCol2; ++c) {
       CCell* pCell = pRow->Cell(c);
-      if (pCell != nullptr && !pCell->IsEmpty() && !fn(pCell)) return;
+      if (pCell == nullptr || pCell->IsEmpty()) continue;
+      if (bSubtotal && (IsColSkipped(pSheet, c) || IsSubtotalSkipped(pCell, bSingleCell))) continue;
+      if (!fn(pCell)) return;
     }
   }
 }
@@ -212,6 +235,10 @@ void TFuncRealListArgs::EnumCell(CSheetBase* /*pSheet*/, CCell* pCell) {
 void TFuncRealListArgs::OnMeetCell(CSheetBase* pSheet, int nRow, int nCol) {
   CCell* pCell = pSheet->Cell(nRow, nCol);
   if (pCell == nullptr || pCell->IsEmpty()) return;
+  if (CFormulaEvaluator::IsSubtotal() &&
+      (IsRowSkipped(pSheet, nRow) || IsColSkipped(pSheet, nCol) ||
+       IsSubtotalSkipped(pCell, /*bSingleCell=*/true)))
+    return;
   if (pCell->IsError()) {
     SetResultError(pCell->GetError());
     return;

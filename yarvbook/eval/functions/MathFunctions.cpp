@@ -1,32 +1,40 @@
-// Arithmetic family: SUM, PRODUCT, ROUND, ABS, SQRT, MOD. The aggregates take lists
-// (numbers of references and arrays, direct numbers and logicals); the others take
-// one or two numbers and store a finite result or an error.
+// Arithmetic family: SUM, SUMSQ, SUMGENERAL, PRODUCT, SUMPRODUCT, ABS, SQRT, MOD,
+// SIGN, EXP, LN, LOG10, LOG, POWER, FACT, RAND. The aggregates take lists (numbers of
+// references and arrays, direct numbers and logicals); the others take one or two
+// numbers and store a finite result or an error.
 #include <cmath>
 
 #include "eval/Func.h"
 #include "eval/FuncListArgs.h"
 #include "eval/Value.h"
+#include "eval/functions/NumericHelpers.h"
+#include "platform/Clock.h"
 #include "platform/ResourceIds.h"
 
 namespace {
 
-// Stores r in *pResult when finite, else #NUM!.
-void SetFinite(TValue* pResult, double r) {
-  if (!std::isfinite(r)) {
-    pResult->SetError(TValue::errNum);
-    return;
-  }
-  pResult->SetValue(r == 0 ? 0.0 : r);  // no negative zero
-}
-
-// SUM proposes the format of the first formatted cell it adds.
-class TFuncSum final : public TFuncRealListArgsWithValFormat {
+// SUM and SUMGENERAL: the same fold; SUM also proposes the format of the first
+// formatted cell it adds (TBase says which).
+template <class TBase>
+class TFuncSumOf final : public TBase {
  public:
-  TFuncSum() : TFuncRealListArgsWithValFormat(IDS_FN_SUM, u"SUM", 4, 0, 30) {}
+  TFuncSumOf(unsigned nResId, const char16_t* pwszName, unsigned short nFunc,
+             unsigned char nMinArgs)
+      : TBase(nResId, pwszName, nFunc, nMinArgs, 30) {}
+
+ protected:
+  void StartEnum() override { TFuncRealListArgs::m_Real = 0; }
+  void EnumReal(double r) override { TFuncRealListArgs::m_Real += r; }
+  void FinishEnum() override { SetFinite(TFuncRealListArgs::m_pVal, TFuncRealListArgs::m_Real); }
+};
+
+class TFuncSumSq final : public TFuncRealListArgs {
+ public:
+  TFuncSumSq() : TFuncRealListArgs(IDS_FN_SUMSQ, u"SUMSQ", 321, 1, 30) {}
 
  protected:
   void StartEnum() override { m_Real = 0; }
-  void EnumReal(double r) override { m_Real += r; }
+  void EnumReal(double r) override { m_Real += r * r; }
   void FinishEnum() override { SetFinite(m_pVal, m_Real); }
 };
 
@@ -41,47 +49,53 @@ class TFuncProduct final : public TFuncRealListArgs {
   void FinishEnum() override { SetFinite(m_pVal, m_nCount == 0 ? 0.0 : m_Real); }
 };
 
-// Halves round away from zero. Each step nudges by 1e-15 of the scaled value before
-// the floor, so a number typed as a decimal (2.675, stored just below) rounds the way
-// it reads. Digits are truncated toward zero; past the precision of a double the
-// number is returned as it is.
-class TFuncRound final : public TFuncTwoArgs {
+// SUMPRODUCT pairs its arguments element by element: references become arrays of
+// their values and a direct value is a 1 x 1 array. All must have the same rows and
+// columns (#VALUE! otherwise); elements that are not numbers count as 0, an error
+// element is the result.
+class TFuncSumProduct final : public TFuncVarArgs {
  public:
-  TFuncRound() : TFuncTwoArgs(IDS_FN_ROUND, u"ROUND", 27) {}
-  using TFuncTwoArgs::Evaluate;
-  void Evaluate(TValue* pArgs) override {
-    if (!pArgs->Check2Reals()) {
-      pArgs->Pop(2);
-      return;
-    }
-    double x, rDigits;
-    pArgs[0].GetValue(x);
-    pArgs[1].GetValue(rDigits);
-    pArgs[1].Clear();
-    const double rDigitsInt = std::trunc(rDigits);
-    // Past 10^308 the scale is no number: every digit is kept, or none is.
-    if (std::fabs(rDigitsInt) > 308) {
-      SetFinite(pArgs, rDigitsInt > 0 ? x : 0.0);
-      return;
-    }
-    const int nDigits = static_cast<int>(rDigitsInt);
-    const double ax = std::fabs(x);
-    double r;
-    if (nDigits >= 0) {
-      const double rScale = std::pow(10.0, nDigits);
-      const double y = ax * rScale;
-      if (!std::isfinite(y) || y >= 4503599627370496.0) {  // 2^52: no fraction left
-        SetFinite(pArgs, x);
+  TFuncSumProduct() : TFuncVarArgs(IDS_FN_SUMPRODUCT, u"SUMPRODUCT", 228, 1, 30) {}
+  using TFuncVarArgs::Evaluate;
+  void Evaluate(TValue* pArgs, int nArgs) override {
+    for (int i = 0; i < nArgs; ++i) {
+      if (!pArgs[i].CheckArrayVal()) {  // an error, a region or a 3-D range
+        pArgs->Pop(nArgs);
         return;
       }
-      const double z = y + 0.5;
-      r = std::floor(z + z * 1e-15) / rScale;
-    } else {
-      const double rScale = std::pow(10.0, -nDigits);
-      const double z = ax / rScale + 0.5;
-      r = std::floor(z + z * 1e-15) * rScale;
     }
-    SetFinite(pArgs, std::copysign(r, x));
+    const int nRows = RowsOf(pArgs[0]), nCols = ColsOf(pArgs[0]);
+    for (int i = 1; i < nArgs; ++i) {
+      if (RowsOf(pArgs[i]) != nRows || ColsOf(pArgs[i]) != nCols) {
+        pArgs->SetError(TValue::errValue);
+        return;
+      }
+    }
+    double rSum = 0;
+    for (int r = 0; r < nRows; ++r) {
+      for (int c = 0; c < nCols; ++c) {
+        double rProduct = 1;
+        for (int i = 0; i < nArgs; ++i) {
+          const TValue* pElem = ElementOf(pArgs[i], r, c);
+          if (pElem->IsError()) {
+            pArgs->SetError(pElem->GetError());
+            return;
+          }
+          double x;
+          pElem->GetValue(x);  // 0 for what is not a number
+          rProduct *= x;
+        }
+        rSum += rProduct;
+      }
+    }
+    SetFinite(pArgs, rSum);
+  }
+
+ private:
+  static int RowsOf(const TValue& val) { return val.IsArrayVal() ? val.Rows() : 1; }
+  static int ColsOf(const TValue& val) { return val.IsArrayVal() ? val.Cols() : 1; }
+  static const TValue* ElementOf(const TValue& val, int nRow, int nCol) {
+    return val.IsArrayVal() ? val.GetArrayValue(nRow, nCol) : &val;
   }
 };
 
@@ -113,6 +127,18 @@ class TFuncSqrt final : public TFuncOneArg {
   }
 };
 
+class TFuncSign final : public TFuncOneArg {
+ public:
+  TFuncSign() : TFuncOneArg(IDS_FN_SIGN, u"SIGN", 26) {}
+  using TFuncOneArg::Evaluate;
+  void Evaluate(TValue* pArgs) override {
+    if (!pArgs->CheckReal()) return;
+    double x;
+    pArgs->GetValue(x);
+    pArgs->SetValue(x > 0 ? 1.0 : x < 0 ? -1.0 : 0.0);
+  }
+};
+
 // MOD takes the divisor's sign, unlike fmod.
 class TFuncMod final : public TFuncTwoArgs {
  public:
@@ -137,12 +163,107 @@ class TFuncMod final : public TFuncTwoArgs {
   }
 };
 
+double Log10(double x) { return std::log10(x); }
+double LogE(double x) { return std::log(x); }
+double Exp(double x) { return std::exp(x); }
+
+// LOG(x, base): base 10 when omitted. Both must be positive; base 1 divides by zero.
+class TFuncLog final : public TFuncVarArgs {
+ public:
+  TFuncLog() : TFuncVarArgs(IDS_FN_LOG, u"LOG", 109, 1, 2) {}
+  using TFuncVarArgs::Evaluate;
+  void Evaluate(TValue* pArgs, int nArgs) override {
+    if (!pArgs->CheckReals(nArgs)) {
+      pArgs->Pop(nArgs);
+      return;
+    }
+    double x, rBase = 10;
+    pArgs[0].GetValue(x);
+    if (nArgs == 2) {
+      pArgs[1].GetValue(rBase);
+      pArgs[1].Clear();
+    }
+    if (x <= 0 || rBase <= 0) {
+      pArgs->SetError(TValue::errNum);
+      return;
+    }
+    if (rBase == 1) {
+      pArgs->SetError(TValue::errDiv0);
+      return;
+    }
+    // log10 keeps powers of ten exact: LOG(0.001) is -3, not -2.9999999999999996.
+    SetFinite(pArgs, rBase == 10 ? std::log10(x) : std::log(x) / std::log(rBase));
+  }
+};
+
+// POWER stores whatever the library gives, unlike the ^ operator: an invalid result
+// is a non-finite number, which the next conversion of the value (CheckNumber)
+// turns into #NUM!.
+class TFuncPower final : public TFuncTwoArgs {
+ public:
+  TFuncPower() : TFuncTwoArgs(IDS_FN_POWER, u"POWER", 337) {}
+  using TFuncTwoArgs::Evaluate;
+  void Evaluate(TValue* pArgs) override {
+    if (!pArgs->Check2Reals()) {
+      pArgs->Pop(2);
+      return;
+    }
+    double a, b;
+    pArgs[0].GetValue(a);
+    pArgs[1].GetValue(b);
+    pArgs[1].Clear();
+    pArgs->SetValue(std::pow(a, b));
+  }
+};
+
+// FACT of 0 to 170 (truncated); 171! is past the largest double.
+class TFuncFact final : public TFuncOneArg {
+ public:
+  TFuncFact() : TFuncOneArg(IDS_FN_FACT, u"FACT", 184) {}
+  using TFuncOneArg::Evaluate;
+  void Evaluate(TValue* pArgs) override {
+    unsigned short n;
+    if (!pArgs->CheckWord(n)) return;
+    if (n >= 171) {
+      pArgs->SetError(TValue::errNum);
+      return;
+    }
+    double r = 1;
+    for (int i = n; i > 1; --i) r *= i;
+    pArgs->SetValue(r);
+  }
+};
+
+// RAND draws from one engine-wide generator, seeded once from the host's tick count
+// when the function is registered and never again. Volatile (function table).
+class TFuncRand final : public TFuncNoArgs {
+ public:
+  TFuncRand()
+      : TFuncNoArgs(IDS_FN_RAND, u"RAND", 63),
+        m_Random(static_cast<int>(GetTickCount() % 2147483647u)) {}
+  using TFuncNoArgs::Evaluate;
+  void Evaluate(TValue* pArgs) override { pArgs->SetValue(m_Random.Next()); }
+
+ private:
+  TMinStdRandom m_Random;  // the generator's state, engine-wide
+};
+
 // Constructing an object registers it; kept in number order, like the function table.
-TFuncSum s_Sum;
+TFuncSumOf<TFuncRealListArgsWithValFormat> s_Sum(IDS_FN_SUM, u"SUM", 4, 0);
 TFuncSqrt s_Sqrt;
+TFuncLibraryCall s_Exp(IDS_FN_EXP, u"EXP", 21, Exp);
+TFuncLibraryCall s_Ln(IDS_FN_LN, u"LN", 22, LogE);
+TFuncLibraryCall s_Log10(IDS_FN_LOG10, u"LOG10", 23, Log10);
 TFuncAbs s_Abs;
-TFuncRound s_Round;
+TFuncSign s_Sign;
 TFuncMod s_Mod;
+TFuncRand s_Rand;
+TFuncLog s_Log;
 TFuncProduct s_Product;
+TFuncFact s_Fact;
+TFuncSumProduct s_SumProduct;
+TFuncSumSq s_SumSq;
+TFuncPower s_Power;
+TFuncSumOf<TFuncRealListArgs> s_SumGeneral(IDS_FN_SUMGENERAL, u"SUMGENERAL", 369, 1);
 
 }  // namespace
