@@ -236,6 +236,12 @@ CFormulaParser::CFormulaParser(CBookBase* pBook, CSheetBase* pSheet, const TCell
 
 CFormulaParser::~CFormulaParser() = default;
 
+void CFormulaParser::SetContext(CBookBase* pBook, CSheetBase* pSheet, const TCell& base) {
+  m_pBook = pBook;
+  m_pSheet = pSheet;
+  m_Base = base;
+}
+
 void CFormulaParser::SetFormulaType(EFormulaType type) {
   CFormulaIterator::SetFormulaType(type);
   m_bForce3d = type == ftChart || type == ftName || type == ftBuiltInName || type == ftExternName;

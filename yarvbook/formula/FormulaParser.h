@@ -106,6 +106,10 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   // data.
   void GetParseResults(CFormula* pFormula) const;
 
+  // Points the parser at another book, sheet and base cell, keeping its working
+  // buffers, so that one parser serves any number of formulas.
+  void SetContext(CBookBase* pBook, CSheetBase* pSheet, const TCell& base);
+
   int GetError() const { return m_nError; }
   // Index into the text where the error was found.
   int GetErrorPos() const { return m_nErrorPos; }
