@@ -586,18 +586,26 @@ bool TValue::GetValue(CSheetBase** ppSheet, const TRegion** ppRegion) const {
   return true;
 }
 
+void ICellValueReader::ReadCellValue(const CSheetBase* pSheet, int nRow, int nCol,
+                                     TValue& out) const {
+  const TValue* pValue = GetCellValue(pSheet, nRow, nCol);
+  if (pValue == nullptr) {
+    out.Clear();
+    return;
+  }
+  out = *pValue;  // copy assignment ignores self-assignment
+}
+
 void TValue::GetCellValue(const CSheetBase* pSheet, int nRow, int nCol, TValue& out) {
   if (pSheet == nullptr) {
     out.SetError(errRef);
     return;
   }
-  const TValue* pValue =
-      s_pCellReader != nullptr ? s_pCellReader->GetCellValue(pSheet, nRow, nCol) : nullptr;
-  if (pValue == nullptr) {
+  if (s_pCellReader == nullptr) {
     out.Clear();
     return;
   }
-  if (pValue != &out) out.AssignFrom(*pValue);
+  s_pCellReader->ReadCellValue(pSheet, nRow, nCol, out);
 }
 
 bool TValue::GetRK(int* pnRK) const {

@@ -25,6 +25,10 @@ class YARVBOOK_API ICellValueReader {
   // cell there (it reads as Empty). The pointer is used at once, before anything that
   // may change the sheet, and never freed by the caller.
   virtual const TValue* GetCellValue(const CSheetBase* pSheet, int nRow, int nCol) const = 0;
+  // Stores the value of that cell in out (Empty when there is no cell). The default
+  // copies what GetCellValue returns; a reader that can build the value in place
+  // saves the copy.
+  virtual void ReadCellValue(const CSheetBase* pSheet, int nRow, int nCol, TValue& out) const;
 };
 
 // The base cell of the formula being evaluated, which implicit intersection uses.
