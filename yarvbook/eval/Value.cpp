@@ -121,7 +121,7 @@ TValue& TValue::operator=(TValue&& src) noexcept {
   return *this;
 }
 
-void TValue::Clear(TValType vt) {
+void TValue::ReleasePayload() {
   switch (m_vt) {
     case vtText:
       if (m_bSST)
@@ -138,9 +138,6 @@ void TValue::Clear(TValType vt) {
     default:
       break;
   }
-  m_u = {};
-  m_wSheet1 = m_wSheet2 = 0;
-  m_vt = vt;
 }
 
 void TValue::AssignFrom(const TValue& src) {
@@ -268,11 +265,6 @@ int TValue::Cols() const {
 }
 
 // ---- Setters ----
-
-void TValue::SetValue(double r) {
-  Clear(vtReal);
-  m_u.r = r;
-}
 
 void TValue::SetLogical(int bValue) {
   Clear(vtLogical);
