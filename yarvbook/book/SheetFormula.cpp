@@ -114,18 +114,16 @@ int EnterFormula(CSheetBase& sheet, CFormulaParser& parser, const TCell& cell,
   // #NAME? until the name is defined.
   parser.SetCreateNames(true);
   const int nSkipped = *pwszText == u'=' ? 1 : 0;
-  CFormula* pParsed = nullptr;
-  const int nResult = parser.Parse(pwszText + nSkipped, &pParsed,
-                                   bArray ? CFormulaBase::ftArray : CFormulaBase::ftCell);
-  std::unique_ptr<CFormula> pFormula(pParsed);
+  const int nResult =
+      parser.Parse(pwszText + nSkipped, bArray ? CFormulaBase::ftArray : CFormulaBase::ftCell);
   if (nResult != CFormulaParser::kResultOk) {
     if (pnErrorPos != nullptr) *pnErrorPos = parser.GetErrorPos() + nSkipped;
     return nResult;
   }
   const CCell* pOld = sheet.Cell(cell);
   const unsigned short wFormat = pOld ? pOld->GetFormat() : sheet.NewFormat(cell.row, cell.col);
-  auto pCell = std::make_unique<CFormulaCell>(
-      std::move(pFormula), bArray ? CFormulaBase::ftArray : CFormulaBase::ftCell, wFormat);
+  auto pCell = std::make_unique<CFormulaCell>(wFormat);
+  parser.GetParseResults(pCell.get());  // the tokens go straight into the cell
   pCell->SetCell3D(&sheet, cell.row, cell.col);
   pCell->SetArrayCell(bArray);
   pCell->SetNeedsRecompute();
