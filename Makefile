@@ -18,7 +18,7 @@ debug: deps
 
 run: release
 	build/release/cli/yarvbook --version
-	build/release/cli/yarvbook --help
+	build/release/cli/yarvbook calc examples/budget.csv
 
 test: debug
 	@if [ -x scripts/fuzz_smoke.sh ]; then scripts/fuzz_smoke.sh; fi

@@ -29,27 +29,35 @@ std::u16string FromUtf8(const char* psz) {
   return str;
 }
 
-std::string ToUtf8(const char16_t* pwsz, int nLen) {
-  std::string str;
-  for (int i = 0; i < nLen; ++i) {
+void AppendUtf8(std::string& out, const char16_t* pwsz, std::size_t nLen) {
+  for (std::size_t i = 0; i < nLen; ++i) {
     char32_t c = pwsz[i];
-    if (c >= 0xD800 && c < 0xDC00 && i + 1 < nLen && pwsz[i + 1] >= 0xDC00 && pwsz[i + 1] < 0xE000)
-      c = 0x10000 + ((c - 0xD800) << 10) + (pwsz[++i] - 0xDC00);
+    if (c >= 0xD800 && c <= 0xDFFF) {
+      if (c < 0xDC00 && i + 1 < nLen && pwsz[i + 1] >= 0xDC00 && pwsz[i + 1] <= 0xDFFF)
+        c = 0x10000 + ((c - 0xD800) << 10) + (pwsz[++i] - 0xDC00);
+      else
+        c = 0xFFFD;
+    }
     if (c < 0x80) {
-      str += static_cast<char>(c);
+      out += static_cast<char>(c);
     } else if (c < 0x800) {
-      str += static_cast<char>(0xC0 | (c >> 6));
-      str += static_cast<char>(0x80 | (c & 0x3F));
+      out += static_cast<char>(0xC0 | (c >> 6));
+      out += static_cast<char>(0x80 | (c & 0x3F));
     } else if (c < 0x10000) {
-      str += static_cast<char>(0xE0 | (c >> 12));
-      str += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      str += static_cast<char>(0x80 | (c & 0x3F));
+      out += static_cast<char>(0xE0 | (c >> 12));
+      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+      out += static_cast<char>(0x80 | (c & 0x3F));
     } else {
-      str += static_cast<char>(0xF0 | (c >> 18));
-      str += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-      str += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      str += static_cast<char>(0x80 | (c & 0x3F));
+      out += static_cast<char>(0xF0 | (c >> 18));
+      out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+      out += static_cast<char>(0x80 | (c & 0x3F));
     }
   }
+}
+
+std::string ToUtf8(const char16_t* pwsz, int nLen) {
+  std::string str;
+  AppendUtf8(str, pwsz, nLen < 0 ? 0 : static_cast<std::size_t>(nLen));
   return str;
 }

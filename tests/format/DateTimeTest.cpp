@@ -630,6 +630,43 @@ TEST_F(DateTimeTest, EnglishParseTypeIgnoresLocale) {
   EXPECT_EQ(0, dt.StringToDateTime(u"1.2.2000.", nFormat, 2));  // no closing '.' in English
 }
 
+// A four-digit year in front is read year first, whatever the locale's order; the
+// locale's own order still wins where it reads the text.
+TEST_F(DateTimeTest, FourDigitYearFirstInEveryLocale) {
+  struct TIsoCase {
+    const char* pszLocale;
+    int nParseType;
+    const char16_t* pwszText;
+    int nMonth, nDay, nHour, nMinute, nFormat;
+  };
+  constexpr TIsoCase kCases[] = {
+      {"en-US", 1, u"2024-03-01", 3, 1, 0, 0, 14},
+      {"en-US", 1, u"2024/3/1 12:30", 3, 1, 12, 30, 22},
+      {"en-US", 0, u" 2024-12-31 ", 12, 31, 0, 0, 14},
+      {"de-DE", 0, u"2024-03-01", 3, 1, 0, 0, 14},
+      {"de-DE", 2, u"2024-02-29", 2, 29, 0, 0, 14},  // leap day
+  };
+  for (const TIsoCase& c : kCases) {
+    SCOPED_TRACE(testing::Message() << c.pszLocale << " " << c.nParseType);
+    ASSERT_TRUE(SetLocale(c.pszLocale));
+    CDateTime dt;
+    int nFormat = -1;
+    ASSERT_EQ(1, dt.StringToDateTime(c.pwszText, nFormat, c.nParseType));
+    ExpectDate(dt, 2024, c.nMonth, c.nDay);
+    ExpectTime(dt, c.nHour, c.nMinute, 0, 0);
+    EXPECT_EQ(c.nFormat, nFormat);
+  }
+  ASSERT_TRUE(SetLocale("en-US"));
+  CDateTime dt;
+  int nFormat = -1;
+  EXPECT_EQ(0, dt.StringToDateTime(u"2023-02-29", nFormat, 1));  // no leap day in 2023
+  EXPECT_EQ(0, dt.StringToDateTime(u"2024-13-01", nFormat, 1));
+  EXPECT_EQ(0, dt.StringToDateTime(u"202-03-01", nFormat, 1));  // three digits: month first
+  EXPECT_EQ(0, dt.StringToDateTime(u"20240-3-1", nFormat, 1));
+  EXPECT_EQ(-1, nFormat);
+  ASSERT_EQ(1, dt.StringToDateTime(u"1-2-2024", nFormat, 1));  // the locale's order first
+  ExpectDate(dt, 2024, 1, 2);
+}
 TEST_F(DateTimeTest, SeparatorsPerLocale) {
   EXPECT_FALSE(CDateTime::IsValidSeparator(u'.', false));
   EXPECT_FALSE(CDateTime::IsValidSeparator(u'/', false));

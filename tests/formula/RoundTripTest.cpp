@@ -176,8 +176,8 @@ class CFormulaGenerator {
         u"Sheet2!",   u"'Q1 Data'!",         u"Sales_2.v!",
         u"'Bob''s'!", u"Sheet1:Sheet2!",     u"'2024'!",
         u"'R2C3'!",   u"[Book2.xls]Sheet1!", u"'[My Book.xls]Jan:Feb'!",
-        u"'C12'!"};
-    if (Pick(4) == 0) s += kPrefixes[Pick(10)];
+        u"'C12'!",    u"'It\uFF07\uFF07s'!"};
+    if (Pick(4) == 0) s += kPrefixes[Pick(static_cast<int>(std::size(kPrefixes)))];
     Cell(s);
     if (Pick(2)) {
       s += bDots && Pick(3) == 0 ? u".." : u":";

@@ -888,19 +888,31 @@ bool CDateTime::IsValidSeparator(char16_t c, bool bTime) {
 
 int CDateTime::StringToDateTime(const char16_t* pwszText, int& nFormatIndex, int nParseType) {
   if (pwszText == nullptr) return 0;
-  const TConventions conv = MakeConventions(nParseType);
+  TConventions conv = MakeConventions(nParseType);
   const char16_t* const pStart = SkipBlanks(pwszText);
+  // A four-digit year in front ("2024-03-01", "2024/3/1 12:30") is read year first in
+  // every locale, once the locale's own order has failed.
+  const bool bIsoYear = pStart[0] >= u'0' && pStart[0] <= u'9' && pStart[1] >= u'0' &&
+                        pStart[1] <= u'9' && pStart[2] >= u'0' && pStart[2] <= u'9' &&
+                        pStart[3] >= u'0' && pStart[3] <= u'9' &&
+                        (pStart[4] == u'-' || pStart[4] == u'/');
   TReadFields fields;
   int nPattern = 0;
   bool bMatched = false;
-  for (; nPattern < static_cast<int>(std::size(kPatterns)) && !bMatched; ++nPattern) {
-    unsigned char aElements[kMaxElements];
-    AdjustPattern(nPattern, conv, conv.bAmPmFirst, aElements);
-    bMatched = MatchPattern(aElements, pStart, conv, fields);
-    if (!bMatched && conv.bAmPmFirst) {
-      // Where the designator leads, the English order ("1:30 PM") is read as well.
-      AdjustPattern(nPattern, conv, false, aElements);
+  for (int nPass = 0; nPass < 2 && !bMatched; ++nPass) {
+    if (nPass == 1) {
+      if (!bIsoYear || conv.nDateOrder == TLocaleSettings::doYearMonthDay) break;
+      conv.nDateOrder = TLocaleSettings::doYearMonthDay;
+    }
+    for (nPattern = 0; nPattern < static_cast<int>(std::size(kPatterns)) && !bMatched; ++nPattern) {
+      unsigned char aElements[kMaxElements];
+      AdjustPattern(nPattern, conv, conv.bAmPmFirst, aElements);
       bMatched = MatchPattern(aElements, pStart, conv, fields);
+      if (!bMatched && conv.bAmPmFirst) {
+        // Where the designator leads, the English order ("1:30 PM") is read as well.
+        AdjustPattern(nPattern, conv, false, aElements);
+        bMatched = MatchPattern(aElements, pStart, conv, fields);
+      }
     }
   }
   if (!bMatched) return 0;

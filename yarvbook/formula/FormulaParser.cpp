@@ -697,13 +697,16 @@ void CFormulaParser::Next(bool bOperator) {
     return;
   }
   if (c == u'\'') {
-    // 'quoted prefix'! with '' standing for one apostrophe
+    // 'quoted prefix'! with '' standing for one apostrophe; the unparser doubles
+    // full-width apostrophes too, so a doubled one also stands for one.
     const char16_t* q = m_p + 1;
     m_sScratch.clear();
     for (;;) {
       if (*q == 0) return;
       if (*q == u'\'') {
         if (q[1] != u'\'') break;
+        q++;
+      } else if (*q == u'\uFF07' && q[1] == u'\uFF07') {
         q++;
       }
       m_sScratch.push_back(*q++);
