@@ -29,8 +29,7 @@ class TSharedParser {
       m_pParser = m_pOwn.get();
       return;
     }
-    if (!s_pParser)
-      s_pParser = std::make_unique<CFormulaParser>(pBook, pSheet, cell, bEnglish);
+    if (!s_pParser) s_pParser = std::make_unique<CFormulaParser>(pBook, pSheet, cell, bEnglish);
     s_pParser->SetContext(pBook, pSheet, cell);
     s_pParser->SetEnglish(bEnglish);
     m_pParser = s_pParser.get();
@@ -59,8 +58,7 @@ int CSheetBase::SetFormula(const TCell& cell, const char16_t* pwszText, int nFor
   if (!cell.IsValid()) return -1;
   try {
     TSharedParser parser(m_pBook, this, cell, nParseType == 1 || nParseType == 2);
-    return EnterFormula(*this, parser.Get(), cell, pwszText, nFormulaType == cftArray,
-                        pnErrorPos);
+    return EnterFormula(*this, parser.Get(), cell, pwszText, nFormulaType == cftArray, pnErrorPos);
   } catch (const CZelException&) {
     return kErrMemory;
   }

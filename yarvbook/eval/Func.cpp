@@ -47,8 +47,7 @@ int NameLength(const char16_t* pwsz) {
   return n;
 }
 
-TFunc* FindInIndex(const TNameIndex& index, const char16_t* pwszName, int nLength,
-                   int nParseType) {
+TFunc* FindInIndex(const TNameIndex& index, const char16_t* pwszName, int nLength, int nParseType) {
   const size_t nMask = index.slots.size() - 1;
   for (size_t j = HashFuncName(pwszName, nLength) & nMask;; j = (j + 1) & nMask) {
     TFunc* pFunc = index.slots[j];
@@ -59,8 +58,7 @@ TFunc* FindInIndex(const TNameIndex& index, const char16_t* pwszName, int nLengt
 
 void BuildIndex(TNameIndex& index, int nParseType) {
   size_t nCount = 0;
-  for (TFunc* pFunc = TFunc::m_pFirstFunc; pFunc != nullptr; pFunc = pFunc->GetNextFunc())
-    ++nCount;
+  for (TFunc* pFunc = TFunc::m_pFirstFunc; pFunc != nullptr; pFunc = pFunc->GetNextFunc()) ++nCount;
   size_t nSize = 16;
   while (nSize < 2 * nCount) nSize *= 2;
   index.slots.assign(nSize, nullptr);
