@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -21,6 +22,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Cell.h"
@@ -142,45 +144,64 @@ class CJsonReader {
 };
 
 // ---- A minimal CSV reader: quoted fields with doubled quotes, LF or CRLF rows --------
-void ReadCsv(const std::string& text, std::vector<std::vector<std::string>>& rows) {
-  rows.clear();
-  rows.emplace_back();
-  std::string field;
-  bool bQuoted = false, bFieldStarted = false;
-  for (size_t i = 0; i < text.size(); i++) {
-    const char c = text[i];
-    if (bQuoted) {
-      if (c == '"') {
-        if (i + 1 < text.size() && text[i + 1] == '"') {
-          field += '"';
-          i++;
-        } else {
-          bQuoted = false;
-        }
+// Calls fn(nRow, nCol, field) for every non-empty field. The field points into text,
+// or, for a quoted field that needs unescaping, into a buffer valid during the call.
+template <class F>
+void ReadCsv(std::string_view text, F&& fn) {
+  std::string scratch;
+  const size_t n = text.size();
+  auto IsEnd = [&](size_t i) {
+    return i >= n || text[i] == ',' || text[i] == '\n' || text[i] == '\r';
+  };
+  int nRow = 0, nCol = 0;
+  size_t i = 0;
+  while (i < n) {
+    std::string_view field;
+    if (text[i] == '"') {
+      const size_t nClose = text.find('"', i + 1);
+      if (nClose != std::string_view::npos && IsEnd(nClose + 1)) {
+        field = text.substr(i + 1, nClose - i - 1);  // nothing to unescape
+        i = nClose + 1;
       } else {
-        field += c;
+        scratch.clear();
+        size_t j = i + 1;
+        for (;;) {
+          const size_t q = text.find('"', j);
+          if (q == std::string_view::npos) {
+            scratch.append(text.substr(j));
+            i = n;
+            break;
+          }
+          scratch.append(text.substr(j, q - j));
+          if (q + 1 < n && text[q + 1] == '"') {
+            scratch += '"';
+            j = q + 2;
+            continue;
+          }
+          i = q + 1;
+          break;
+        }
+        const size_t nFrom = i;
+        while (!IsEnd(i)) i++;
+        scratch.append(text.substr(nFrom, i - nFrom));  // text after the closing quote
+        field = scratch;
       }
-      continue;
-    }
-    if (c == '"' && !bFieldStarted) {
-      bQuoted = bFieldStarted = true;
-    } else if (c == ',') {
-      rows.back().push_back(field);
-      field.clear();
-      bFieldStarted = false;
-    } else if (c == '\n' || c == '\r') {
-      if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') i++;
-      rows.back().push_back(field);
-      field.clear();
-      bFieldStarted = false;
-      rows.emplace_back();
     } else {
-      field += c;
-      bFieldStarted = true;
+      const size_t nFrom = i;
+      while (!IsEnd(i)) i++;
+      field = text.substr(nFrom, i - nFrom);
     }
+    if (!field.empty()) fn(nRow, nCol, field);
+    if (i >= n) break;
+    if (text[i] == ',') {
+      nCol++;
+    } else {
+      if (text[i] == '\r' && i + 1 < n && text[i + 1] == '\n') i++;
+      nRow++;
+      nCol = 0;
+    }
+    i++;
   }
-  if (bFieldStarted || !rows.back().empty()) rows.back().push_back(field);
-  if (rows.back().empty()) rows.pop_back();
 }
 
 std::u16string Widen(const std::string& s) { return std::u16string(s.begin(), s.end()); }
@@ -206,26 +227,25 @@ long ReadStatusKb(const char* pszKey) {
 double HeapMb() { return static_cast<double>(mallinfo2().uordblks) / (1024.0 * 1024.0); }
 
 // Function names the formulas of a grid call that the engine cannot compute.
-std::set<std::string> MissingFunctions(const std::vector<std::vector<std::string>>& rows) {
+std::set<std::string> MissingFunctions(const std::string& csv) {
   std::set<std::string> seen, missing;
-  for (const auto& row : rows)
-    for (const auto& f : row) {
-      if (f.empty() || f[0] != '=') continue;
-      for (size_t i = 1; i < f.size(); i++) {
-        if (!std::isalpha(static_cast<unsigned char>(f[i]))) continue;
-        size_t j = i;
-        while (j < f.size() && (std::isalnum(static_cast<unsigned char>(f[j])) || f[j] == '.')) j++;
-        if (j < f.size() && f[j] == '(') {
-          const std::string name = f.substr(i, j - i);
-          if (seen.insert(name).second) {
-            const std::u16string w = Widen(name);
-            const TFunc* pFunc = TFunc::FindFunc(w.c_str(), static_cast<int>(w.size()), 1);
-            if (!pFunc || pFunc->IsPending()) missing.insert(name);
-          }
+  ReadCsv(csv, [&](int, int, std::string_view f) {
+    if (f[0] != '=') return;
+    for (size_t i = 1; i < f.size(); i++) {
+      if (!std::isalpha(static_cast<unsigned char>(f[i]))) continue;
+      size_t j = i;
+      while (j < f.size() && (std::isalnum(static_cast<unsigned char>(f[j])) || f[j] == '.')) j++;
+      if (j < f.size() && f[j] == '(') {
+        const std::string name(f.substr(i, j - i));
+        if (seen.insert(name).second) {
+          const std::u16string w = Widen(name);
+          const TFunc* pFunc = TFunc::FindFunc(w.c_str(), static_cast<int>(w.size()), 1);
+          if (!pFunc || pFunc->IsPending()) missing.insert(name);
         }
-        i = j;
       }
+      i = j;
     }
+  });
   return missing;
 }
 
@@ -260,52 +280,45 @@ void RunWorkload(const std::string& dir, const TJson& workload) {
     std::printf("   skipped: %s/%s.csv not found\n", dir.c_str(), name.c_str());
     return;
   }
-  std::vector<std::vector<std::string>> rows;
-  ReadCsv(text, rows);
-  const std::set<std::string> missing = MissingFunctions(rows);
+  const std::set<std::string> missing = MissingFunctions(text);
   if (!missing.empty()) {
     std::string list;
     for (const auto& m : missing) list += (list.empty() ? "" : ", ") + m;
     std::printf("   skipped: functions not computed yet: %s\n", list.c_str());
     return;
   }
-  rows.clear();
-  text.clear();
+  std::string().swap(text);
 
   const long nRssBefore = ReadStatusKb("VmRSS:");
   const double rHeapBefore = HeapMb();
   const auto t0 = TClock::now();
   std::string csv;
   ReadFile(dir + "/" + name + ".csv", csv);
-  ReadCsv(csv, rows);
-  std::string().swap(csv);
   auto pBook = std::make_unique<CBookBase>();
   pBook->AddToList();
   pBook->SetAutomaticRecalc(0);
   CSheetBase* pSheet = pBook->NewSheet(u"Sheet1");
   int nParseErrors = 0;
   std::u16string wide;
-  for (size_t r = 0; r < rows.size(); r++) {
-    for (size_t c = 0; c < rows[r].size(); c++) {
-      const std::string& f = rows[r][c];
-      if (f.empty()) continue;
-      const TCell cell(static_cast<int>(r), static_cast<int>(c));
-      if (f[0] == '=') {
-        wide.assign(f.begin(), f.end());
-        if (pSheet->SetFormula(cell, wide.c_str()) != 0) nParseErrors++;
-        continue;
-      }
-      char* pEnd = nullptr;
-      const double v = std::strtod(f.c_str(), &pEnd);
-      if (pEnd && *pEnd == 0) {
-        pSheet->SetNumber(cell, v);
-      } else {
-        wide.assign(f.begin(), f.end());
-        pSheet->SetText(cell, wide.c_str());
-      }
+  ReadCsv(csv, [&](int nRow, int nCol, std::string_view f) {
+    const TCell cell(nRow, nCol);
+    if (f[0] == '=') {
+      wide.assign(f.begin(), f.end());
+      if (pSheet->SetFormula(cell, wide.c_str()) != 0) nParseErrors++;
+      return;
     }
-  }
-  std::vector<std::vector<std::string>>().swap(rows);
+    // Plain numbers directly; anything else (signs, percentages, dates, text) as the
+    // engine reads typed text.
+    double v = 0;
+    const auto [pEnd, ec] = std::from_chars(f.data(), f.data() + f.size(), v);
+    if (ec == std::errc() && pEnd == f.data() + f.size()) {
+      pSheet->SetNumber(cell, v);
+      return;
+    }
+    wide.assign(f.begin(), f.end());
+    pSheet->SetValueFromText(cell, wide.c_str(), ptEnglish);
+  });
+  std::string().swap(csv);
   const double rLoad = MsSince(t0);
 
   auto t1 = TClock::now();

@@ -85,6 +85,33 @@ TEST(FormulaCell, RecalcValueMarksOnlyVisibleChanges) {
   EXPECT_FALSE(hidden.HasState(CFormulaCell::stValueChanged));
 }
 
+// The cell holds its token stream itself: SetFormula takes the tokens over, a copy
+// gets its own block, and a cell without a formula reports none.
+TEST(FormulaCell, HoldsItsTokenStream) {
+  const unsigned char aTokens[] = {CFormulaBase::tInt, 7, 0};
+  CFormulaCell cell;
+  EXPECT_EQ(nullptr, cell.GetFormula());
+  auto pFormula = std::make_unique<CFormula>(aTokens, 3, nullptr, 0);
+  cell.SetFormula(std::move(pFormula), CFormulaBase::ftArray);
+  ASSERT_NE(nullptr, cell.GetFormula());
+  EXPECT_EQ(CFormulaBase::ftArray, cell.GetFormulaType());
+  ASSERT_EQ(3, cell.GetFormula()->GetPostfixLen());
+  EXPECT_EQ(0, std::memcmp(aTokens, cell.GetFormula()->GetPostfix(), 3));
+
+  std::unique_ptr<CFormulaCell> pCopy(cell.Clone());
+  ASSERT_NE(nullptr, pCopy->GetFormula());
+  EXPECT_NE(cell.GetFormula()->GetPostfix(), pCopy->GetFormula()->GetPostfix());
+  EXPECT_TRUE(*cell.GetFormula() == *pCopy->GetFormula());
+  EXPECT_EQ(CFormulaBase::ftArray, pCopy->GetFormulaType());
+
+  cell.SetFormula(nullptr, CFormulaBase::ftCell);
+  EXPECT_EQ(nullptr, cell.GetFormula());
+  ASSERT_NE(nullptr, pCopy->GetFormula());  // the copy keeps its own
+  EXPECT_EQ(3, pCopy->GetFormula()->GetPostfixLen());
+  pCopy->Copy(&cell);  // copying a cell without a formula leaves none
+  EXPECT_EQ(nullptr, pCopy->GetFormula());
+}
+
 class FormulaTextTest : public ::testing::Test {
  protected:
   void SetUp() override {

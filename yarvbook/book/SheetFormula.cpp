@@ -17,6 +17,39 @@ namespace {
 int EnterFormula(CSheetBase& sheet, CFormulaParser& parser, const TCell& cell,
                  const char16_t* pwszText, bool bArray, int* pnErrorPos);
 
+// SetFormula's parser, kept between calls so that its working buffers are made once
+// rather than per formula. A SetFormula reached while it is in use makes its own.
+class TSharedParser {
+ public:
+  TSharedParser(CBookBase* pBook, CSheetBase* pSheet, const TCell& cell, bool bEnglish) {
+    static std::unique_ptr<CFormulaParser> s_pParser;
+    static bool s_bInUse = false;
+    if (s_bInUse) {
+      m_pOwn = std::make_unique<CFormulaParser>(pBook, pSheet, cell, bEnglish);
+      m_pParser = m_pOwn.get();
+      return;
+    }
+    if (!s_pParser) s_pParser = std::make_unique<CFormulaParser>(pBook, pSheet, cell, bEnglish);
+    s_pParser->SetContext(pBook, pSheet, cell);
+    s_pParser->SetEnglish(bEnglish);
+    m_pParser = s_pParser.get();
+    m_pbInUse = &s_bInUse;
+    s_bInUse = true;
+  }
+  ~TSharedParser() {
+    if (m_pbInUse) *m_pbInUse = false;
+  }
+  TSharedParser(const TSharedParser&) = delete;
+  TSharedParser& operator=(const TSharedParser&) = delete;
+
+  CFormulaParser& Get() { return *m_pParser; }
+
+ private:
+  std::unique_ptr<CFormulaParser> m_pOwn;  // when the shared one is busy
+  CFormulaParser* m_pParser = nullptr;
+  bool* m_pbInUse = nullptr;  // the shared one's flag, when this holds it
+};
+
 }  // namespace
 
 int CSheetBase::SetFormula(const TCell& cell, const char16_t* pwszText, int nFormulaType,
@@ -24,8 +57,8 @@ int CSheetBase::SetFormula(const TCell& cell, const char16_t* pwszText, int nFor
   if (pnErrorPos != nullptr) *pnErrorPos = 0;
   if (!cell.IsValid()) return -1;
   try {
-    CFormulaParser parser(m_pBook, this, cell, nParseType == 1 || nParseType == 2);
-    return EnterFormula(*this, parser, cell, pwszText, nFormulaType == cftArray, pnErrorPos);
+    TSharedParser parser(m_pBook, this, cell, nParseType == 1 || nParseType == 2);
+    return EnterFormula(*this, parser.Get(), cell, pwszText, nFormulaType == cftArray, pnErrorPos);
   } catch (const CZelException&) {
     return kErrMemory;
   }
@@ -79,18 +112,16 @@ int EnterFormula(CSheetBase& sheet, CFormulaParser& parser, const TCell& cell,
   // #NAME? until the name is defined.
   parser.SetCreateNames(true);
   const int nSkipped = *pwszText == u'=' ? 1 : 0;
-  CFormula* pParsed = nullptr;
-  const int nResult = parser.Parse(pwszText + nSkipped, &pParsed,
-                                   bArray ? CFormulaBase::ftArray : CFormulaBase::ftCell);
-  std::unique_ptr<CFormula> pFormula(pParsed);
+  const int nResult =
+      parser.Parse(pwszText + nSkipped, bArray ? CFormulaBase::ftArray : CFormulaBase::ftCell);
   if (nResult != CFormulaParser::kResultOk) {
     if (pnErrorPos != nullptr) *pnErrorPos = parser.GetErrorPos() + nSkipped;
     return nResult;
   }
   const CCell* pOld = sheet.Cell(cell);
   const unsigned short wFormat = pOld ? pOld->GetFormat() : sheet.NewFormat(cell.row, cell.col);
-  auto pCell = std::make_unique<CFormulaCell>(
-      std::move(pFormula), bArray ? CFormulaBase::ftArray : CFormulaBase::ftCell, wFormat);
+  auto pCell = std::make_unique<CFormulaCell>(wFormat);
+  parser.GetParseResults(pCell.get());  // the tokens go straight into the cell
   pCell->SetCell3D(&sheet, cell.row, cell.col);
   pCell->SetArrayCell(bArray);
   pCell->SetNeedsRecompute();

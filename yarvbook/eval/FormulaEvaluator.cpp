@@ -53,6 +53,14 @@ class TSheetCellReader final : public ICellValueReader {
     pCell->GetValue(m_Scratch);
     return &m_Scratch;
   }
+  void ReadCellValue(const CSheetBase* pSheet, int nRow, int nCol, TValue& out) const override {
+    const CCell* pCell = pSheet->Cell(nRow, nCol);
+    if (pCell == nullptr) {
+      out.Clear();
+      return;
+    }
+    pCell->GetValue(out);  // an empty cell clears out
+  }
 
  private:
   mutable TValue m_Scratch;  // the last cell read; used by the caller at once

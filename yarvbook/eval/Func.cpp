@@ -1,6 +1,7 @@
 #include "eval/Func.h"
 
 #include <cassert>
+#include <vector>
 
 #include "base/WideString.h"
 #include "eval/FuncNames.h"
@@ -19,6 +20,60 @@ namespace {
 constinit bool s_bRegistryComplete = false;
 // The resource generation the local names were loaded for, plus one (0: never).
 constinit unsigned s_nNamesGeneration = 0;
+// Counts changes of the list of functions and of their local names; the name
+// indexes below are rebuilt when it has moved since they were built.
+constinit unsigned s_nRegistryGeneration = 1;
+
+// FindFunc's lookup: an open-addressed hash over the names of one kind (English or
+// local), built from the list so that the first entry with a name wins, as a walk
+// of the list would find it.
+struct TNameIndex {
+  std::vector<TFunc*> slots;  // a power of two in size; null: free
+  unsigned nGeneration = 0;   // s_nRegistryGeneration when built; 0: never
+};
+constinit TNameIndex s_aNameIndex[2];  // local, English
+
+// FNV-1a over the upper-cased units, so that input text and stored (upper-case)
+// names hash alike.
+unsigned HashFuncName(const char16_t* pwsz, int nLength) {
+  unsigned h = 2166136261u;
+  for (int i = 0; i < nLength; ++i) h = (h ^ ToUpperChar(pwsz[i])) * 16777619u;
+  return h;
+}
+
+int NameLength(const char16_t* pwsz) {
+  int n = 0;
+  while (pwsz[n] != 0) ++n;
+  return n;
+}
+
+TFunc* FindInIndex(const TNameIndex& index, const char16_t* pwszName, int nLength, int nParseType) {
+  const size_t nMask = index.slots.size() - 1;
+  for (size_t j = HashFuncName(pwszName, nLength) & nMask;; j = (j + 1) & nMask) {
+    TFunc* pFunc = index.slots[j];
+    if (pFunc == nullptr) return nullptr;
+    if (EqualsFuncName(pwszName, nLength, pFunc->GetName(nParseType))) return pFunc;
+  }
+}
+
+void BuildIndex(TNameIndex& index, int nParseType) {
+  size_t nCount = 0;
+  for (TFunc* pFunc = TFunc::m_pFirstFunc; pFunc != nullptr; pFunc = pFunc->GetNextFunc()) ++nCount;
+  size_t nSize = 16;
+  while (nSize < 2 * nCount) nSize *= 2;
+  index.slots.assign(nSize, nullptr);
+  const size_t nMask = nSize - 1;
+  for (TFunc* pFunc = TFunc::m_pFirstFunc; pFunc != nullptr; pFunc = pFunc->GetNextFunc()) {
+    if (pFunc->GetFuncNumber() == kFuncExtern) continue;
+    const char16_t* pwszName = pFunc->GetName(nParseType);
+    const int nLength = NameLength(pwszName);
+    if (nLength == 0 || FindInIndex(index, pwszName, nLength, nParseType) != nullptr) continue;
+    size_t j = HashFuncName(pwszName, nLength) & nMask;
+    while (index.slots[j] != nullptr) j = (j + 1) & nMask;
+    index.slots[j] = pFunc;
+  }
+  index.nGeneration = s_nRegistryGeneration;
+}
 
 }  // namespace
 
@@ -104,6 +159,7 @@ void TFunc::Register() {
   }
   m_pNextFunc = m_pFirstFunc;
   m_pFirstFunc = this;
+  ++s_nRegistryGeneration;
 }
 
 // The list is walked to find the predecessor; it has at most one entry per number,
@@ -117,6 +173,7 @@ void TFunc::Unregister() {
     }
   }
   m_pNextFunc = nullptr;
+  ++s_nRegistryGeneration;
 }
 
 void TFunc::Evaluate(TValue* pArgs, CFormulaCell* /*pCell*/) { Evaluate(pArgs); }
@@ -197,6 +254,7 @@ void TFunc::LoadLocalNames() {
     for (char16_t& c : pFunc->m_sLocalName) c = ToUpperChar(c);
     pFunc->m_bFlags |= kFlagLocalName;
   }
+  ++s_nRegistryGeneration;
 }
 
 TFunc* TFunc::GetFunc(unsigned nFunc) {
@@ -231,11 +289,9 @@ TFunc* TFunc::MatchFunc(const char16_t* pwszText, int nParseType, int* pnLength,
 TFunc* TFunc::FindFunc(const char16_t* pwszName, int nLength, int nParseType) {
   CompleteRegistry();
   if (pwszName == nullptr || nLength <= 0) return nullptr;
-  for (TFunc* pFunc = m_pFirstFunc; pFunc != nullptr; pFunc = pFunc->m_pNextFunc) {
-    if (pFunc->m_nFunc == kFuncExtern) continue;
-    if (EqualsFuncName(pwszName, nLength, pFunc->GetName(nParseType))) return pFunc;
-  }
-  return nullptr;
+  TNameIndex& index = s_aNameIndex[IsEnglishParseType(nParseType) ? 1 : 0];
+  if (index.nGeneration != s_nRegistryGeneration) BuildIndex(index, nParseType);
+  return FindInIndex(index, pwszName, nLength, nParseType);
 }
 
 int TFunc::GetNumPending() {

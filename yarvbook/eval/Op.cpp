@@ -19,6 +19,12 @@ constexpr unsigned char kConcat = 0x08, kLT = 0x09, kLE = 0x0A, kEQ = 0x0B, kGE 
 constexpr unsigned char kGT = 0x0D, kNE = 0x0E, kIsect = 0x0F, kList = 0x10, kRange = 0x11;
 constexpr unsigned char kUPlus = 0x12, kUMinus = 0x13, kPercent = 0x14;
 
+// GetOp's table by base code: the first operator of the list with that code (the
+// one registered last), kept in step with the list by the constructor and the
+// destructor.
+constexpr int kNumCodes = 0x20;
+constinit const TOp* s_apByCode[kNumCodes] = {};
+
 // Folds the class bits of an operand token onto its base code.
 unsigned char BaseToken(unsigned char bToken) {
   if (bToken >= 0x80) return 0xFF;
@@ -33,6 +39,7 @@ TOp::TOp(unsigned nResId, unsigned char bToken, unsigned char nPrecedence, bool 
     : m_nResId(nResId), m_bToken(bToken), m_nPrecedence(nPrecedence), m_bPostfix(bPostfix) {
   m_pNextOp = m_pFirstOp;
   m_pFirstOp = this;
+  if (bToken < kNumCodes) s_apByCode[bToken] = this;
 }
 
 TOp::~TOp() {
@@ -41,6 +48,11 @@ TOp::~TOp() {
       *ppLink = m_pNextOp;
       break;
     }
+  }
+  if (m_bToken < kNumCodes && s_apByCode[m_bToken] == this) {
+    const TOp* pNext = m_pNextOp;
+    while (pNext != nullptr && pNext->m_bToken != m_bToken) pNext = pNext->m_pNextOp;
+    s_apByCode[m_bToken] = pNext;
   }
 }
 
@@ -79,10 +91,7 @@ const TOp* TOp::GetFirstOp() {
 
 const TOp* TOp::GetOp(unsigned char bToken) {
   const unsigned char bBase = BaseToken(bToken);
-  for (const TOp* pOp = GetFirstOp(); pOp != nullptr; pOp = pOp->m_pNextOp) {
-    if (pOp->m_bToken == bBase) return pOp;
-  }
-  return nullptr;
+  return bBase < kNumCodes ? s_apByCode[bBase] : nullptr;
 }
 
 const TOp* TOp::MatchOp(const char16_t* pwszText, bool bOperand, int* pnLength) {

@@ -121,7 +121,7 @@ TValue& TValue::operator=(TValue&& src) noexcept {
   return *this;
 }
 
-void TValue::Clear(TValType vt) {
+void TValue::ReleasePayload() {
   switch (m_vt) {
     case vtText:
       if (m_bSST)
@@ -138,9 +138,6 @@ void TValue::Clear(TValType vt) {
     default:
       break;
   }
-  m_u = {};
-  m_wSheet1 = m_wSheet2 = 0;
-  m_vt = vt;
 }
 
 void TValue::AssignFrom(const TValue& src) {
@@ -268,11 +265,6 @@ int TValue::Cols() const {
 }
 
 // ---- Setters ----
-
-void TValue::SetValue(double r) {
-  Clear(vtReal);
-  m_u.r = r;
-}
 
 void TValue::SetLogical(int bValue) {
   Clear(vtLogical);
@@ -586,18 +578,26 @@ bool TValue::GetValue(CSheetBase** ppSheet, const TRegion** ppRegion) const {
   return true;
 }
 
+void ICellValueReader::ReadCellValue(const CSheetBase* pSheet, int nRow, int nCol,
+                                     TValue& out) const {
+  const TValue* pValue = GetCellValue(pSheet, nRow, nCol);
+  if (pValue == nullptr) {
+    out.Clear();
+    return;
+  }
+  out = *pValue;  // copy assignment ignores self-assignment
+}
+
 void TValue::GetCellValue(const CSheetBase* pSheet, int nRow, int nCol, TValue& out) {
   if (pSheet == nullptr) {
     out.SetError(errRef);
     return;
   }
-  const TValue* pValue =
-      s_pCellReader != nullptr ? s_pCellReader->GetCellValue(pSheet, nRow, nCol) : nullptr;
-  if (pValue == nullptr) {
+  if (s_pCellReader == nullptr) {
     out.Clear();
     return;
   }
-  if (pValue != &out) out.AssignFrom(*pValue);
+  s_pCellReader->ReadCellValue(pSheet, nRow, nCol, out);
 }
 
 bool TValue::GetRK(int* pnRK) const {

@@ -25,6 +25,10 @@ class YARVBOOK_API ICellValueReader {
   // cell there (it reads as Empty). The pointer is used at once, before anything that
   // may change the sheet, and never freed by the caller.
   virtual const TValue* GetCellValue(const CSheetBase* pSheet, int nRow, int nCol) const = 0;
+  // Stores the value of that cell in out (Empty when there is no cell). The default
+  // copies what GetCellValue returns; a reader that can build the value in place
+  // saves the copy.
+  virtual void ReadCellValue(const CSheetBase* pSheet, int nRow, int nCol, TValue& out) const;
 };
 
 // The base cell of the formula being evaluated, which implicit intersection uses.
@@ -333,6 +337,7 @@ class YARVBOOK_API TValue {
 
   void Deref();  // references and arrays to one value, or an Error
   void SetText(const char16_t* pwszText, int nLen, bool bThrow, bool* pbOk);
+  void ReleasePayload();  // frees the text, region or array Clear lets go of
   void AssignFrom(const TValue& src);
   void StealFrom(TValue& src);
   int CheckIntRange(double rMin, double rMaxExclusive, int& nOut);
@@ -344,3 +349,16 @@ class YARVBOOK_API TValue {
   TValType m_vt = vtEmpty;
   unsigned char m_bSST = 0;
 };
+
+// Inline: every evaluator step clears values, and most hold nothing to free.
+inline void TValue::Clear(TValType vt) {
+  if (m_vt == vtText || m_vt == vtRegion || m_vt == vtArray) ReleasePayload();
+  m_u = {};
+  m_wSheet1 = m_wSheet2 = 0;
+  m_vt = vt;
+}
+
+inline void TValue::SetValue(double r) {
+  Clear(vtReal);
+  m_u.r = r;
+}

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "base/ZelException.h"
 
@@ -250,6 +251,12 @@ void CFormula::Clear() {
   std::free(m_pBuffer);
   m_pBuffer = nullptr;
   m_nPostfixLen = m_nAddedLen = 0;
+}
+
+void CFormula::Swap(CFormula& other) noexcept {
+  std::swap(m_nPostfixLen, other.m_nPostfixLen);
+  std::swap(m_nAddedLen, other.m_nAddedLen);
+  std::swap(m_pBuffer, other.m_pBuffer);
 }
 
 bool CFormula::operator==(const CFormula& other) const {

@@ -234,6 +234,8 @@ class YARVBOOK_API CFormula : public CFormulaBase {
   // New tokens, the added data kept.
   void Replace(const unsigned char* pPostfix, int nPostfixLen);
   void Clear();
+  // Exchanges the token streams of two formulas; nothing is copied.
+  void Swap(CFormula& other) noexcept;
 
   // Equal when both lengths and every byte of the block are equal.
   bool operator==(const CFormula& other) const;

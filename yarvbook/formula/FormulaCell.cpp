@@ -28,10 +28,10 @@ void CFormulaCell::Copy(const CZelObject* pSrc) {
   }
   const auto* pFormulaCell = static_cast<const CFormulaCell*>(pCell);
   // Copy the formula first: when it throws, this cell is unchanged.
-  std::unique_ptr<CFormula> pFormula;
-  if (pFormulaCell->m_pFormula) pFormula.reset(pFormulaCell->m_pFormula->Copy());
+  CFormula formula(pFormulaCell->m_Formula);
   CCell::Copy(pSrc);
-  m_pFormula = std::move(pFormula);
+  m_Formula.Swap(formula);
+  m_bHasFormula = pFormulaCell->m_bHasFormula;
   m_nFormulaType = pFormulaCell->m_nFormulaType;
   m_pSheet = pFormulaCell->m_pSheet;
   m_wRow = pFormulaCell->m_wRow;
@@ -40,8 +40,17 @@ void CFormulaCell::Copy(const CZelObject* pSrc) {
 }
 
 void CFormulaCell::SetFormula(std::unique_ptr<CFormula> pFormula, CFormulaBase::EFormulaType type) {
-  m_pFormula = std::move(pFormula);
+  m_Formula.Clear();
+  if (pFormula) m_Formula.Swap(*pFormula);
+  m_bHasFormula = pFormula != nullptr;
   m_nFormulaType = type;
+}
+
+CFormula& CFormulaCell::InitFormula(CFormulaBase::EFormulaType type) {
+  m_Formula.Clear();
+  m_bHasFormula = true;
+  m_nFormulaType = type;
+  return m_Formula;
 }
 
 void CFormulaCell::SetCell3D(CSheetBase* pSheet, int nRow, int nCol) {

@@ -18,6 +18,7 @@
 #include "eval/Func.h"
 #include "extern/ExternSheet.h"
 #include "extern/SupBook.h"
+#include "formula/FormulaCell.h"
 #include "platform/Locale.h"
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
@@ -235,6 +236,12 @@ CFormulaParser::CFormulaParser(CBookBase* pBook, CSheetBase* pSheet, const TCell
 }
 
 CFormulaParser::~CFormulaParser() = default;
+
+void CFormulaParser::SetContext(CBookBase* pBook, CSheetBase* pSheet, const TCell& base) {
+  m_pBook = pBook;
+  m_pSheet = pSheet;
+  m_Base = base;
+}
 
 void CFormulaParser::SetFormulaType(EFormulaType type) {
   CFormulaIterator::SetFormulaType(type);
@@ -606,6 +613,10 @@ int CFormulaParser::Parse(const char16_t* pwszText, CFormula** ppFormula, EFormu
 void CFormulaParser::GetParseResults(CFormula* pFormula) const {
   const int nSkip = m_bVolatile ? 0 : kPrefixLen;
   pFormula->Set(m_pOut.get() + nSkip, m_nOut - nSkip, m_pAdded.get(), m_nAdded);
+}
+
+void CFormulaParser::GetParseResults(CFormulaCell* pCell) const {
+  GetParseResults(&pCell->InitFormula(GetFormulaType()));
 }
 
 // ---- Lexer ----------------------------------------------------------------------

@@ -12,6 +12,8 @@
 #include "base/Range.h"
 #include "formula/FormulaIterator.h"
 
+class CFormulaCell;
+
 // A function as the parser sees it: what it writes and how it checks and classes
 // the arguments. Classes are 0 (element-wise), 1 reference, 2 value, 3 array.
 struct YARVBOOK_API TParseFunc {
@@ -105,6 +107,12 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   // volatile tAttr only when the formula calls a volatile function) and the added
   // data.
   void GetParseResults(CFormula* pFormula) const;
+  // The same into the formula of pCell, which takes the type of the last parse.
+  void GetParseResults(CFormulaCell* pCell) const;
+
+  // Points the parser at another book, sheet and base cell, keeping its working
+  // buffers, so that one parser serves any number of formulas.
+  void SetContext(CBookBase* pBook, CSheetBase* pSheet, const TCell& base);
 
   int GetError() const { return m_nError; }
   // Index into the text where the error was found.

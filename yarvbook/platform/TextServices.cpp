@@ -131,13 +131,17 @@ icu::UnicodeString FoldCase(const char16_t* p, int n) {
 
 }  // namespace
 
+// ASCII maps the same in every locale; it is most of what formulas and names hold,
+// so it skips the library call.
 char16_t ToUpperChar(char16_t c) {
+  if (c < 0x80) return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 0x20) : c;
   if (c >= 0xD800 && c <= 0xDFFF) return c;
   const UChar32 cUpper = u_toupper(c);
   return cUpper <= 0xFFFF ? static_cast<char16_t>(cUpper) : c;
 }
 
 char16_t ToLowerChar(char16_t c) {
+  if (c < 0x80) return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 0x20) : c;
   if (c >= 0xD800 && c <= 0xDFFF) return c;
   const UChar32 cLower = u_tolower(c);
   return cLower <= 0xFFFF ? static_cast<char16_t>(cLower) : c;
