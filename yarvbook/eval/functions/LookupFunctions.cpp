@@ -94,11 +94,16 @@ class TSearchLine {
   const TValue* At(int nPos) const {
     return m_bHorizontal ? m_Table.Get(0, nPos) : m_Table.Get(nPos, 0);
   }
-  // The first usable position from nFrom to nTo, or -1.
-  int NextUsable(int nFrom, int nTo) const {
+  // The first usable position from nFrom to nTo, or -1; *ppElem receives its element
+  // (valid until the next read).
+  int NextUsable(int nFrom, int nTo, const TValue** ppElem) const {
     for (int i = nFrom; i <= nTo; ++i) {
       if (!m_bHorizontal && m_Table.IsPastLastRow(i)) return -1;
-      if (IsUsable(At(i))) return i;
+      const TValue* pElem = At(i);
+      if (IsUsable(pElem)) {
+        *ppElem = pElem;
+        return i;
+      }
     }
     return -1;
   }
@@ -118,10 +123,11 @@ int SearchApproximate(const TValue& v, const TSearchLine& line, bool bMirror) {
   bool bAnswered = false;
   while (nLo <= nHi) {
     const int nMid = nLo + (nHi - nLo) / 2;
-    int i = line.NextUsable(nMid, nHi);
+    const TValue* pElem = nullptr;
+    int i = line.NextUsable(nMid, nHi, &pElem);
     int c;
     if (i >= 0) {
-      c = v.Compare(*line.At(i));
+      c = v.Compare(*pElem);
       if (bMirror) c = -c;
     } else {
       c = -1;  // nothing usable up to nHi: look below the probe
@@ -152,8 +158,9 @@ int SearchApproximate(const TValue& v, const TSearchLine& line, bool bMirror) {
 // that v matches as a pattern), or -1.
 int SearchExact(const TValue& v, const TSearchLine& line, bool bWildcard) {
   const int n = line.Size();
-  for (int i = line.NextUsable(0, n - 1); i >= 0; i = line.NextUsable(i + 1, n - 1)) {
-    const TValue* pElem = line.At(i);
+  const TValue* pElem = nullptr;
+  for (int i = line.NextUsable(0, n - 1, &pElem); i >= 0;
+       i = line.NextUsable(i + 1, n - 1, &pElem)) {
     if (bWildcard ? pElem->IsText() && StrMatch(v.TextPtr(), pElem->TextPtr())
                   : v.Compare(*pElem) == 0)
       return i;
@@ -170,8 +177,8 @@ int Search(const TValue& v, const TLookupTable& table, ESearchMode eMode, bool b
       return SearchApproximate(v, line, false);
     case ESearchMode::kDescending: {
       // Nothing is found when v lies above the first (largest) element.
-      const int nFirst = line.NextUsable(0, line.Size() - 1);
-      if (nFirst < 0 || v.Compare(*line.At(nFirst)) > 0) return -1;
+      const TValue* pFirst = nullptr;
+      if (line.NextUsable(0, line.Size() - 1, &pFirst) < 0 || v.Compare(*pFirst) > 0) return -1;
       return SearchApproximate(v, line, true);
     }
     case ESearchMode::kExact:
