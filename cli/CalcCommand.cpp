@@ -256,6 +256,9 @@ int RunCalc(const TCalcOptions& opts) {
     book.Recalc();
   else
     book.CheckRecalc(1);
+  if (book.HasCircularRefs())
+    std::fprintf(stderr, "yarvbook calc: warning: circular references; %s\n",
+                 book.GetIteration() ? "iterated" : "their cells are 0 (see --iterate)");
 
   for (std::size_t i = 0; i < sheets.size(); ++i) {
     std::string strPath;

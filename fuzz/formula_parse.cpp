@@ -1,51 +1,15 @@
-// Fuzzes the A1 formula parser: the first byte picks the decoding (UTF-8 or raw
-// 16-bit units), the mode (English or local) and whether unknown names are created;
-// the text is parsed in several formula types. A parse that succeeds must leave a
-// stream that walks exactly to its end with the added data in step, within its
-// bounds; a failure must report a code from 1 to 10 at a position inside the text.
+// Fuzzes the A1 formula parser over the tests' model book: the first byte picks the
+// decoding (UTF-8 or raw 16-bit units), the mode (English or local) and whether unknown
+// names are created; the text is parsed in several formula types. A parse that succeeds must leave
+// a stream that walks exactly to its end with the added data in step, within its bounds; a failure
+// must report a code from 1 to 10 at a position inside the text.
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <vector>
 
-#include "formula/Formula.h"
-#include "formula/FormulaParser.h"
+#include "../tests/formula/ParserModel.h"
 
 namespace {
-
-const TParseFunc kFuncs[] = {
-    {u"SUM", nullptr, 4, 0, 30, 2, 0x5555, false, true},
-    {u"IF", nullptr, 1, 2, 3, 2, 0xAAAA, false, true},
-    {u"CHOOSE", nullptr, 100, 2, 30, 2, 0xAAAA, false, true},
-    {u"ROUND", nullptr, 27, 2, 2, 2, 0xAAAA, false, false},
-    {u"NOW", nullptr, 74, 0, 0, 2, 0, true, false},
-    {u"OFFSET", nullptr, 78, 3, 5, 1, 0xAAA9, true, true},
-    {u"INDEX", nullptr, 29, 1, 4, 1, 0xAAA9, false, true},
-};
-
-class CFuzzParser : public CFormulaParser {
- public:
-  CFuzzParser() : CFormulaParser(nullptr, nullptr, TCell(5, 3)) {
-    for (const TParseFunc& f : kFuncs) m_Index.Add(&f, false);
-  }
-
- protected:
-  const TParseFunc* FindFunction(const char16_t* p, int nLen) override {
-    return m_Index.Find(p, nLen);
-  }
-  int FindSheet(const char16_t* p, int nLen) override {
-    return (nLen == 6 && std::u16string(p, 6) == u"Sheet1") ? 0 : -1;
-  }
-  int FindExternSheet(const TExternPrefix& x, bool) override { return x.nBookLen % 7; }
-  int FindOwnExternSheet(int) override { return 0; }
-  int FindName(const char16_t*, int nLen, bool bCreate) override {
-    return (bCreate || nLen == 3) ? nLen : 0;
-  }
-  int FindExternName(int, const char16_t*, int nLen, bool) override { return nLen; }
-
- private:
-  CParseFuncIndex m_Index;
-};
 
 std::u16string FromUtf8(const uint8_t* p, size_t n) {
   std::u16string s;
@@ -97,19 +61,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize) {
   }
   for (char16_t& c : sText)
     if (c == 0) c = u' ';
-  static CFuzzParser s_Parser;
-  s_Parser.SetEnglish((cMode & 2) == 0);
-  s_Parser.SetCreateNames((cMode & 4) != 0);
+  CModelParser parser(TCell(5, 3));  // fresh per input: created names do not pile up
+  parser.SetEnglish((cMode & 2) == 0);
+  parser.SetCreateNames((cMode & 4) != 0);
   const CFormulaBase::EFormulaType kTypes[] = {CFormulaBase::ftCell, CFormulaBase::ftShared,
                                                CFormulaBase::ftName, CFormulaBase::ftCondFormat};
   for (CFormulaBase::EFormulaType type : kTypes) {
-    const int nResult = s_Parser.Parse(sText.c_str(), type);
+    const int nResult = parser.Parse(sText.c_str(), type);
     if (nResult == 0) {
-      CheckStream(s_Parser);
+      CheckStream(parser);
       continue;
     }
-    if (s_Parser.GetError() < 1 || s_Parser.GetError() > 10) __builtin_trap();
-    if (s_Parser.GetErrorPos() < 0 || s_Parser.GetErrorPos() > static_cast<int>(sText.size()))
+    if (parser.GetError() < 1 || parser.GetError() > 10) __builtin_trap();
+    if (parser.GetErrorPos() < 0 || parser.GetErrorPos() > static_cast<int>(sText.size()))
       __builtin_trap();
   }
   return 0;

@@ -9,11 +9,6 @@
 #include <string>
 
 #include "../tests/formula/FormulaModel.h"
-#include "formula/Formula.h"
-#include "formula/FormulaParser.h"
-#include "formula/FormulaR1C1Parser.h"
-#include "formula/FormulaR1C1Unparser.h"
-#include "formula/FormulaUnparser.h"
 
 namespace {
 
@@ -50,38 +45,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize) {
 
   TFormulaModel model;
   CFormula first;
-  {
-    CBookModelParser<CFormulaParser> parser(model, nullptr, nullptr, base, true);
-    if (parser.Parse(sText.c_str(), type) != 0) return 0;
-    parser.GetParseResults(&first);
-  }
-  for (const bool bR1C1 : {false, true}) {
-    std::u16string sBack;
-    bool bOk;
-    if (bR1C1) {
-      CBookModelUnparser<CFormulaR1C1Unparser> u(model, nullptr, nullptr, &first, type, base, 1);
-      bOk = u.Unparse(sBack);
-    } else {
-      CBookModelUnparser<CFormulaUnparser> u(model, nullptr, nullptr, &first, type, base, 1);
-      bOk = u.Unparse(sBack);
-    }
-    CFormula second;
-    if (!bOk) Fail("unparse failed", sText, sBack, first, second);
-    int nResult;
-    if (bR1C1) {
-      CBookModelParser<CFormulaR1C1Parser> parser(model, nullptr, nullptr, base, type, 1);
-      nResult = parser.Parse(sBack.c_str(), type);
-      if (nResult == 0) parser.GetParseResults(&second);
-    } else {
-      CBookModelParser<CFormulaParser> parser(model, nullptr, nullptr, base, true);
-      nResult = parser.Parse(sBack.c_str(), type);
-      if (nResult == 0) parser.GetParseResults(&second);
-    }
-    if (nResult != 0)
-      Fail(bR1C1 ? "R1C1 text does not parse" : "A1 text does not parse", sText, sBack, first,
-           second);
-    if (!(first == second))
-      Fail(bR1C1 ? "R1C1 bytes differ" : "A1 bytes differ", sText, sBack, first, second);
+  TRoundTrip back[2];
+  if (!RoundTrip(model, sText, type, base, first, back)) return 0;
+  for (const TRoundTrip& b : back) {
+    const char* pszWhat = !b.bUnparsed           ? "unparse failed"
+                          : b.nReparse != 0      ? "text does not parse back"
+                          : !(first == b.second) ? "bytes differ"
+                                                 : nullptr;
+    if (pszWhat) Fail(pszWhat, sText, b.sBack, first, b.second);
   }
   return 0;
 }

@@ -10,19 +10,6 @@ namespace {
 
 std::string Narrow(const std::u16string& s) { return std::string(s.begin(), s.end()); }
 
-TEST(A1Text, ColumnLettersRoundTripForEveryColumn) {
-  for (int col = 0; col <= kMaxCol; ++col) {
-    const std::u16string text = FormatColNr(col);
-    SCOPED_TRACE(Narrow(text));
-    ASSERT_EQ(col < 26 ? 1u : 2u, text.size());
-    const char16_t* p = text.c_str();
-    int nParsed = -1;
-    ASSERT_EQ(1, CvtCNr(&p, &nParsed));
-    EXPECT_EQ(col, nParsed);
-    EXPECT_EQ(0, *p);
-  }
-}
-
 TEST(A1Text, FormatKeepsLowBitsOnly) {
   struct TCase {
     int n;
@@ -71,28 +58,15 @@ struct TParseCase {
   int nFlags;
 };
 
-TEST(A1Text, ColumnParser) {
-  const TParseCase kCases[] = {
+TEST(A1Text, ColumnAndRowParsers) {
+  const TParseCase kColumns[] = {
       {u"A", 1, 0, 1, 0},    {u"a1", 1, 0, 1, 0},                           // case-insensitive
       {u"iv", 1, 255, 2, 0}, {u"IV1", 1, 255, 2, 0},  {u"IW", 0, 0, 0, 0},  // 257
       {u"ZZ", 0, 0, 0, 0},   {u"ABC", 0, 0, 0, 0},                          // a third letter
       {u"A$", 1, 0, 1, 0},   {u"", 0, 0, 0, 0},       {u"1", 0, 0, 0, 0},
       {u"$A", 0, 0, 0, 0},   {u"\u00c4", 0, 0, 0, 0},
   };
-  for (const TParseCase& c : kCases) {
-    SCOPED_TRACE(Narrow(c.pwszText));
-    const char16_t* p = c.pwszText;
-    int nCol = -7;
-    EXPECT_EQ(c.nResult, CvtCNr(&p, &nCol));
-    EXPECT_EQ(c.nConsumed, p - c.pwszText);
-    if (c.nResult) {
-      EXPECT_EQ(c.nValue, nCol);
-    }
-  }
-}
-
-TEST(A1Text, RowParser) {
-  const TParseCase kCases[] = {
+  const TParseCase kRows[] = {
       {u"1", 1, 0, 1, 0},          {u"65536", 1, 65535, 5, 0},
       {u"65535x", 1, 65534, 5, 0}, {u"007", 1, 6, 3, 0},
       {u"0", 0, 0, 0, 0},          {u"000", 0, 0, 0, 0},
@@ -100,16 +74,19 @@ TEST(A1Text, RowParser) {
       {u"", 0, 0, 0, 0},           {u"A1", 0, 0, 0, 0},
       {u"-1", 0, 0, 0, 0},
   };
-  for (const TParseCase& c : kCases) {
+  using TParser = int (*)(const char16_t**, int*);
+  const auto Check = [](TParser pfnParse, const TParseCase& c) {
     SCOPED_TRACE(Narrow(c.pwszText));
     const char16_t* p = c.pwszText;
-    int nRow = -7;
-    EXPECT_EQ(c.nResult, CvtRNr(&p, &nRow));
+    int nValue = -7;
+    EXPECT_EQ(c.nResult, pfnParse(&p, &nValue));
     EXPECT_EQ(c.nConsumed, p - c.pwszText);
     if (c.nResult) {
-      EXPECT_EQ(c.nValue, nRow);
+      EXPECT_EQ(c.nValue, nValue);
     }
-  }
+  };
+  for (const TParseCase& c : kColumns) Check(CvtCNr, c);
+  for (const TParseCase& c : kRows) Check(CvtRNr, c);
 }
 
 TEST(A1Text, AddressParser) {

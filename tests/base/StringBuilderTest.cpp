@@ -32,11 +32,7 @@ TEST(StringBuilderTest, GrowthSteps) {
     pBuf[c.nLength] = 0;  // the terminator's place is there (the sanitizer checks)
   }
   EXPECT_EQ(0, builder.GetCapacity(1));  // slots are independent
-}
-
-TEST(StringBuilderTest, FreshFromBigRequest) {
-  CStringBuilder builder;
-  builder.GetBufW(5000, 2);
+  builder.GetBufW(5000, 2);              // a fresh slot's first big request
   EXPECT_EQ(5120, builder.GetCapacity(2));
 }
 

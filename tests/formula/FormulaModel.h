@@ -12,6 +12,9 @@
 #include "eval/FuncTable.h"
 #include "formula/Formula.h"
 #include "formula/FormulaParser.h"
+#include "formula/FormulaR1C1Parser.h"
+#include "formula/FormulaR1C1Unparser.h"
+#include "formula/FormulaUnparser.h"
 #include "formula/FormulaUnparserBase.h"
 
 struct TFormulaModel {
@@ -159,6 +162,39 @@ class CBookModelUnparser : public TUnparser {
  private:
   TFormulaModel& m_Model;
 };
+
+// One notation's half of a round trip: the unparsed text and its parse back.
+struct TRoundTrip {
+  std::u16string sBack;
+  bool bUnparsed = false;
+  int nReparse = -1;  // the second parse's result, 0 on success
+  CFormula second;
+};
+
+// Text -> tokens -> text -> tokens at base, in A1 (back[0]) and R1C1 (back[1]).
+// Returns false, filling nothing, when the A1 parser refuses the text.
+inline bool RoundTrip(TFormulaModel& model, const std::u16string& sText,
+                      CFormulaBase::EFormulaType type, const TCell& base, CFormula& first,
+                      TRoundTrip (&back)[2]) {
+  {
+    CBookModelParser<CFormulaParser> parser(model, nullptr, nullptr, base, true);
+    if (parser.Parse(sText.c_str(), type) != 0) return false;
+    parser.GetParseResults(&first);
+  }
+  {
+    CBookModelUnparser<CFormulaUnparser> u(model, nullptr, nullptr, &first, type, base, 1);
+    back[0].bUnparsed = u.Unparse(back[0].sBack);
+    CBookModelParser<CFormulaParser> parser(model, nullptr, nullptr, base, true);
+    back[0].nReparse = parser.Parse(back[0].sBack.c_str(), type);
+    if (back[0].nReparse == 0) parser.GetParseResults(&back[0].second);
+  }
+  CBookModelUnparser<CFormulaR1C1Unparser> u(model, nullptr, nullptr, &first, type, base, 1);
+  back[1].bUnparsed = u.Unparse(back[1].sBack);
+  CBookModelParser<CFormulaR1C1Parser> parser(model, nullptr, nullptr, base, type, 1);
+  back[1].nReparse = parser.Parse(back[1].sBack.c_str(), type);
+  if (back[1].nReparse == 0) parser.GetParseResults(&back[1].second);
+  return true;
+}
 
 // The postfix and the added data in hex, for failure messages.
 inline std::string FormulaHex(const CFormula& f) {

@@ -339,10 +339,6 @@ TEST(FormulaParser, ResultsOnlyOnSuccess) {
   delete pFormula;
 }
 
-}  // namespace
-
-namespace {
-
 // Sheet prefixes resolve against a real book's sheets, ignoring case, and are
 // written through the book's extern-sheet table.
 TEST(FormulaParser, SheetNamesComeFromTheBook) {

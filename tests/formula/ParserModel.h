@@ -1,13 +1,9 @@
-// A parser over a small model book: a handful of functions with their real numbers,
-// arities and classes, three sheets, two defined names and an extern-sheet table
-// that records what the parser asked for. Byte tests run against it without a
-// workbook.
+// A parser over the model book of FormulaModel.h cut down to three sheets and two
+// defined names, with a handful of functions of fixed numbers, arities and classes,
+// so that byte tests do not move when the engine's function table does.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "formula/FormulaParser.h"
+#include "FormulaModel.h"  // beside this header: the fuzz targets include it too
 
 // Function descriptors the tests rely on. Classes: 1 reference, 2 value.
 inline const TParseFunc kModelFuncs[] = {
@@ -21,82 +17,31 @@ inline const TParseFunc kModelFuncs[] = {
     {u"PI", nullptr, 19, 0, 0, 2, 0, false, false},
     {u"NOW", nullptr, 74, 0, 0, 2, 0, true, false},
     {u"OFFSET", nullptr, 78, 3, 5, 1, 0xAAA9, true, true},
+    {u"INDEX", nullptr, 29, 1, 4, 1, 0xAAA9, false, true},
     {u"TRUE", nullptr, 34, 0, 0, 2, 0, false, false},
-    {u"VLOOKUP", u"SVERWEIS", 102, 3, 4, 2, 0xAAAA, false, true},
 };
 
-class CModelParser : public CFormulaParser {
- public:
-  struct TExtern {
-    std::u16string sBook, sSheet1, sSheet2;
-    bool bForName;
-  };
-
-  explicit CModelParser(const TCell& base = TCell(), bool bEnglish = true)
-      : CFormulaParser(nullptr, nullptr, base, bEnglish) {
-    for (const TParseFunc& f : kModelFuncs) m_English.Add(&f, false);
-    for (const TParseFunc& f : kModelFuncs) m_Local.Add(&f, true);
-    m_bEnglishMode = bEnglish;
+// Holds the model, so that it is built before the parser that refers to it.
+struct TParserModelHolder {
+  TParserModelHolder() {
+    m_Book.m_Sheets = {u"Sheet1", u"Sheet2", u"My 'Sheet'"};
+    m_Book.m_Names = {u"Tax", u"Rate"};
+    for (const TParseFunc& f : kModelFuncs) m_Funcs.Add(&f, false);
   }
+  TFormulaModel m_Book;
+  CParseFuncIndex m_Funcs;
+};
 
-  std::vector<std::u16string> m_Sheets{u"Sheet1", u"Sheet2", u"My 'Sheet'"};
-  std::vector<std::u16string> m_Names{u"Tax", u"Rate"};
-  std::vector<TExtern> m_Externs;
-  std::vector<std::u16string> m_ExternNames{u"Total"};
+class CModelParser : private TParserModelHolder, public CBookModelParser<CFormulaParser> {
+ public:
+  explicit CModelParser(const TCell& base = TCell())
+      : CBookModelParser<CFormulaParser>(m_Book, nullptr, nullptr, base, true) {}
+
+  std::vector<std::u16string>& m_Names = m_Book.m_Names;
+  std::vector<TFormulaModel::TExtern>& m_Externs = m_Book.m_Externs;
 
  protected:
   const TParseFunc* FindFunction(const char16_t* p, int nLen) override {
-    return (m_bEnglishMode ? m_English : m_Local).Find(p, nLen);
+    return m_Funcs.Find(p, nLen);
   }
-  int FindSheet(const char16_t* p, int nLen) override {
-    for (size_t i = 0; i < m_Sheets.size(); i++)
-      if (m_Sheets[i] == std::u16string(p, static_cast<size_t>(nLen))) return static_cast<int>(i);
-    return -1;
-  }
-  int FindExternSheet(const TExternPrefix& x, bool bForName) override {
-    TExtern e{std::u16string(x.pBook ? x.pBook : u"", static_cast<size_t>(x.nBookLen)),
-              std::u16string(x.pSheet1 ? x.pSheet1 : u"", static_cast<size_t>(x.nSheet1Len)),
-              std::u16string(x.pSheet2 ? x.pSheet2 : u"", static_cast<size_t>(x.nSheet2Len)),
-              bForName};
-    // in this book the sheets must exist
-    if (e.sBook.empty() && (FindSheet(e.sSheet1.data(), static_cast<int>(e.sSheet1.size())) < 0 ||
-                            (!e.sSheet2.empty() &&
-                             FindSheet(e.sSheet2.data(), static_cast<int>(e.sSheet2.size())) < 0)))
-      return -1;
-    for (size_t i = 0; i < m_Externs.size(); i++) {
-      const TExtern& o = m_Externs[i];
-      if (o.sBook == e.sBook && o.sSheet1 == e.sSheet1 && o.sSheet2 == e.sSheet2 &&
-          o.bForName == bForName)
-        return static_cast<int>(i);
-    }
-    m_Externs.push_back(e);
-    return static_cast<int>(m_Externs.size() - 1);
-  }
-  int FindOwnExternSheet(int nSheet) override {
-    TExternPrefix x;
-    x.pSheet1 = m_Sheets[static_cast<size_t>(nSheet)].data();
-    x.nSheet1Len = static_cast<int>(m_Sheets[static_cast<size_t>(nSheet)].size());
-    return FindExternSheet(x, false);
-  }
-  int FindName(const char16_t* p, int nLen, bool bCreate) override {
-    const std::u16string s(p, static_cast<size_t>(nLen));
-    for (size_t i = 0; i < m_Names.size(); i++)
-      if (m_Names[i] == s) return static_cast<int>(i + 1);
-    if (!bCreate) return 0;
-    m_Names.push_back(s);
-    return static_cast<int>(m_Names.size());
-  }
-  int FindExternName(int, const char16_t* p, int nLen, bool bCreate) override {
-    const std::u16string s(p, static_cast<size_t>(nLen));
-    for (size_t i = 0; i < m_ExternNames.size(); i++)
-      if (m_ExternNames[i] == s) return static_cast<int>(i + 1);
-    if (!bCreate) return 0;
-    m_ExternNames.push_back(s);
-    return static_cast<int>(m_ExternNames.size());
-  }
-
- private:
-  CParseFuncIndex m_English;
-  CParseFuncIndex m_Local;
-  bool m_bEnglishMode = true;
 };

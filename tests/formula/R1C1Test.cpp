@@ -88,28 +88,6 @@ TEST(R1C1Reading, NumbersKeepTheirSignAndLimit) {
   }
 }
 
-TEST(R1C1Writing, OffsetsFromTheBase) {
-  struct TCase {
-    char16_t cLetter;
-    int nValue, nBase;
-    bool bRelative;
-    const char16_t* pwszExpected;
-  };
-  const TCase kCases[] = {
-      {u'R', 4, 0, false, u"R5"},       {u'C', 1, 3, true, u"C[-2]"},
-      {u'R', 7, 7, true, u"R"},         {u'R', 65535, 0, true, u"R[65535]"},
-      {u'C', 0, 255, true, u"C[-255]"}, {u'C', 255, 0, false, u"C256"},
-  };
-  for (const TCase& c : kCases) {
-    std::u16string s;
-    CUnparserRCUtilBase::GetR1C1RCNr(s, c.cLetter, c.nValue, c.nBase, c.bRelative);
-    EXPECT_EQ(std::u16string(c.pwszExpected), s);
-  }
-  std::u16string s;
-  CUnparserRCUtilBase::FormatR1C1RangeNr(s, 0, 0, 0x0000, 6, 4, 0xC004, TCell(5, 3));
-  EXPECT_EQ(u"R1C1:R[1]C[1]", s);
-}
-
 // Every written cell, at bases on the sheet's edges, reads back as the same cell.
 TEST(R1C1Writing, WrittenCellsReadBackAtTheEdges) {
   const int kRows[] = {0, 1, 32767, 65534, 65535};

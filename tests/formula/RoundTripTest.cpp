@@ -11,10 +11,6 @@
 #include "eval/FuncTable.h"
 #include "formula/Formula.h"
 #include "formula/FormulaModel.h"
-#include "formula/FormulaParser.h"
-#include "formula/FormulaR1C1Parser.h"
-#include "formula/FormulaR1C1Unparser.h"
-#include "formula/FormulaUnparser.h"
 
 namespace {
 
@@ -193,37 +189,15 @@ class CFormulaGenerator {
 bool CheckRoundTrip(TFormulaModel& model, const std::u16string& sText,
                     CFormulaBase::EFormulaType type, const TCell& base) {
   CFormula first;
-  {
-    CBookModelParser<CFormulaParser> parser(model, nullptr, nullptr, base, true);
-    if (parser.Parse(sText.c_str(), type) != 0) return false;
-    parser.GetParseResults(&first);
-  }
-  for (const bool bR1C1 : {false, true}) {
-    std::u16string sBack;
-    bool bOk;
-    if (bR1C1) {
-      CBookModelUnparser<CFormulaR1C1Unparser> u(model, nullptr, nullptr, &first, type, base, 1);
-      bOk = u.Unparse(sBack);
-    } else {
-      CBookModelUnparser<CFormulaUnparser> u(model, nullptr, nullptr, &first, type, base, 1);
-      bOk = u.Unparse(sBack);
-    }
-    SCOPED_TRACE(Narrow(sText) + "  ->  " + Narrow(sBack));
-    EXPECT_TRUE(bOk);
-    CFormula second;
-    int nResult;
-    if (bR1C1) {
-      CBookModelParser<CFormulaR1C1Parser> parser(model, nullptr, nullptr, base, type, 1);
-      nResult = parser.Parse(sBack.c_str(), type);
-      if (nResult == 0) parser.GetParseResults(&second);
-    } else {
-      CBookModelParser<CFormulaParser> parser(model, nullptr, nullptr, base, true);
-      nResult = parser.Parse(sBack.c_str(), type);
-      if (nResult == 0) parser.GetParseResults(&second);
-    }
-    EXPECT_EQ(0, nResult) << (bR1C1 ? "R1C1" : "A1");
-    EXPECT_TRUE(first == second) << (bR1C1 ? "R1C1" : "A1") << "\n  first:  " << FormulaHex(first)
-                                 << "\n  second: " << FormulaHex(second);
+  TRoundTrip back[2];
+  if (!RoundTrip(model, sText, type, base, first, back)) return false;
+  for (const TRoundTrip& b : back) {
+    const char* pszNotation = &b == back ? "A1" : "R1C1";
+    SCOPED_TRACE(Narrow(sText) + "  ->  " + Narrow(b.sBack));
+    EXPECT_TRUE(b.bUnparsed) << pszNotation;
+    EXPECT_EQ(0, b.nReparse) << pszNotation;
+    EXPECT_TRUE(first == b.second) << pszNotation << "\n  first:  " << FormulaHex(first)
+                                   << "\n  second: " << FormulaHex(b.second);
   }
   return true;
 }

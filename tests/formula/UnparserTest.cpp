@@ -125,26 +125,6 @@ TEST(UnparserNumbers, EveryDoubleReadsBackExactly) {
   }
 }
 
-TEST(UnparserCells, A1Writers) {
-  struct TCase {
-    int nRow, nCol;
-    unsigned short wColWord;
-    const char16_t* pwszExpected;
-  };
-  const TCase kCases[] = {
-      {0, 0, 0xC000, u"A1"},  {0, 0, 0x0000, u"$A$1"},          {0, 0, 0x4000, u"A$1"},
-      {0, 0, 0x8000, u"$A1"}, {65535, 255, 0xC0FF, u"IV65536"},
-  };
-  for (const TCase& c : kCases) {
-    std::u16string s;
-    U::FormatRCNr(s, c.nRow, c.nCol, c.wColWord);
-    EXPECT_EQ(std::u16string(c.pwszExpected), s);
-  }
-  std::u16string s;
-  U::FormatRangeNr(s, 1, 1, 0x0001, 9, 3, 0xC003);
-  EXPECT_EQ(u"$B$2:D10", s);
-}
-
 // Builds token streams by hand and unparses them in A1 at a base cell.
 class UnparserStreams : public ::testing::Test {
  protected:

@@ -100,23 +100,15 @@ TEST(CodePage, RoundTripsAndByteCounts) {
 }
 
 TEST(CodePage, TerminatorIsCountedWithMinusOne) {
-  EXPECT_EQ(4, MultiByteToWideChar(949,
-                                   "A\xB0\xA1"
-                                   "b",
-                                   -1, nullptr, 0));
+  const char* const pszKorean = "A\xB0\xA1\x62";  // "A", HANGUL GA, "b"
+  EXPECT_EQ(4, MultiByteToWideChar(949, pszKorean, -1, nullptr, 0));
   char16_t buf[4];
-  ASSERT_EQ(4, MultiByteToWideChar(949,
-                                   "A\xB0\xA1"
-                                   "b",
-                                   -1, buf, 4));
+  ASSERT_EQ(4, MultiByteToWideChar(949, pszKorean, -1, buf, 4));
   EXPECT_EQ(std::u16string(u"A\uAC00b"), buf);
   EXPECT_EQ(5, WideCharToMultiByte(949, u"A\uAC00b", -1, nullptr, 0));
   char bytes[5];
   ASSERT_EQ(5, WideCharToMultiByte(949, u"A\uAC00b", -1, bytes, 5));
-  EXPECT_STREQ(
-      "A\xB0\xA1"
-      "b",
-      bytes);
+  EXPECT_STREQ(pszKorean, bytes);
   EXPECT_EQ(1, MultiByteToWideChar(1252, "", -1, nullptr, 0));
 }
 

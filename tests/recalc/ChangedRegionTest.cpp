@@ -186,21 +186,6 @@ TEST(ChangedRegion, OverflowPastLimit) {
   EXPECT_FALSE(region.TestIntersect(1, 0));
 }
 
-// Rows outside lowest..highest answer false; the bounds are those of what was added.
-TEST(ChangedRegion, RowBounds) {
-  CChangedRegion region;
-  EXPECT_FALSE(region.TestIntersect(0, 0));
-  region.Add(10, 2, 12, 2, true);
-  region.Add(20, 2, 20, 2, true);
-  EXPECT_EQ(10, region.GetLowestRow());
-  EXPECT_EQ(20, region.GetHighestRow());
-  EXPECT_FALSE(region.TestIntersect(9, 2));
-  EXPECT_TRUE(region.TestIntersect(10, 2));
-  EXPECT_TRUE(region.TestIntersect(20, 2));
-  EXPECT_FALSE(region.TestIntersect(21, 2));
-  EXPECT_FALSE(region.TestIntersect(15, 2));  // between the bands
-}
-
 TEST(ChangedRegion, RegionTests) {
   CChangedRegion region;
   EXPECT_FALSE(region.TestIntersect(TRegion(TRange(0, 0, kMaxRow, kMaxCol))));
