@@ -43,6 +43,7 @@
 #include "eval/FuncTable.h"
 #include "eval/Op.h"
 #include "eval/Value.h"
+#include "eval/ValueCriteria.h"
 #include "extern/ExternName.h"
 #include "extern/ExternSheet.h"
 #include "extern/ExternTables.h"
