@@ -1027,7 +1027,7 @@ void CFormulaParser::ForceArrayClass(int nStart) {
       default:
         break;
     }
-    const int nSize = TPostfixPtr(m_pOut + nPos + 1).SizeToken(cBase);
+    const int nSize = TPostfixPtr(m_pOut.get() + nPos + 1).SizeToken(cBase);
     nPos += 1 + nSize;
   }
 }
