@@ -228,6 +228,7 @@ void CFormulaEvaluator::Evaluate(CFormulaCell* pCell) {
 
 void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
   m_pEntry = pEntry;
+  m_ArrayOperands.clear();
   m_Cur = TPostfixPtr(pFormula->GetPostfix());
   m_End = TPostfixPtr(pFormula->GetPostfix() + pFormula->GetPostfixLen());
   m_Added = TPostfixPtr(pFormula->GetAddedData());
