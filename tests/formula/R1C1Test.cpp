@@ -174,7 +174,7 @@ TEST(R1C1Converter, R1C1ModeReadsA1AndTheOverlapTheR1C1Way) {
   TFormulaModel model;
   CModelConverter conv(model, TCell(5, 3));
   EXPECT_EQ(u"SUM(A1:B2)", conv.ToA1(u"SUM(A1:B2)"));  // A1 accepted in R1C1 mode
-  EXPECT_EQ(u"$3:$3", conv.ToA1(u"R3"));              // whole row
+  EXPECT_EQ(u"$3:$3", conv.ToA1(u"R3"));               // whole row
   EXPECT_EQ(u"$B:$B", conv.ToA1(u"C2"));               // whole column
   EXPECT_EQ(u"C5:D6", conv.ToA1(u"C5:D6"));            // the longer A1 reading wins
   EXPECT_EQ(u"=R[-1]C", conv.ToR1C1(u"=D5"));          // the leading "=" is kept
