@@ -1087,7 +1087,7 @@ TValue::TError TValue::GetErrorToken(const char16_t* pwsz, int nLen) {
   if (pwsz == nullptr) return errNone;
   if (nLen < 0) nLen = strlenW(pwsz);
   for (int i = errNull; i < errFormula; ++i) {
-    if (EqualsNoCase(pwsz, nLen, m_pErrorStrings[i])) return static_cast<TError>(i);
+    if (EqualsNoCaseW(pwsz, nLen, m_pErrorStrings[i])) return static_cast<TError>(i);
   }
   return errNone;
 }
