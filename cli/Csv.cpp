@@ -7,16 +7,6 @@
 
 namespace {
 
-void AppendCodePoint(std::u16string& str, char32_t c) {
-  if (c >= 0x10000) {
-    c -= 0x10000;
-    str += static_cast<char16_t>(0xD800 + (c >> 10));
-    str += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
-    return;
-  }
-  str += static_cast<char16_t>(c);
-}
-
 // Appends the character whose UTF-8 sequence starts with byte c, reading the
 // continuation bytes through next() (-1 at the end). Shortest forms only: overlong
 // encodings, surrogates and code points past U+10FFFF are malformed, as are lone
@@ -51,7 +41,7 @@ bool DecodeSequence(int c, TNext next, std::u16string& str) {
     cp = (cp << 6) | static_cast<char32_t>(cNext & 0x3F);
   }
   if (cp < cpMin || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
-  AppendCodePoint(str, cp);
+  AppendUtf16(str, cp);
   return true;
 }
 

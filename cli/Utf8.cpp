@@ -1,5 +1,15 @@
 #include "Utf8.h"
 
+void AppendUtf16(std::u16string& str, char32_t c) {
+  if (c >= 0x10000) {
+    c -= 0x10000;
+    str += static_cast<char16_t>(0xD800 + (c >> 10));
+    str += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
+    return;
+  }
+  str += static_cast<char16_t>(c);
+}
+
 std::u16string FromUtf8(const char* psz) {
   std::u16string str;
   const auto* p = reinterpret_cast<const unsigned char*>(psz);
@@ -18,13 +28,7 @@ std::u16string FromUtf8(const char* psz) {
     }
     ++p;
     for (; nMore > 0 && (*p & 0xC0) == 0x80; --nMore) c = (c << 6) | (*p++ & 0x3F);
-    if (c >= 0x10000) {
-      c -= 0x10000;
-      str += static_cast<char16_t>(0xD800 + (c >> 10));
-      str += static_cast<char16_t>(0xDC00 + (c & 0x3FF));
-    } else {
-      str += static_cast<char16_t>(c);
-    }
+    AppendUtf16(str, c);
   }
   return str;
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "base/A1Text.h"
 #include "platform/Archive.h"
 
 bool TCell::GetText(std::u16string& text) const {
@@ -11,14 +12,8 @@ bool TCell::GetText(std::u16string& text) const {
 
 bool TCell::AppendText(std::u16string& text) const {
   if (!IsValid()) return false;
-  if (col >= 26) text += static_cast<char16_t>(u'A' + col / 26 - 1);
-  text += static_cast<char16_t>(u'A' + col % 26);
-  char16_t wszDigits[8];
-  int n = 0;
-  for (int nValue = row + 1; nValue != 0; nValue /= 10) {
-    wszDigits[n++] = static_cast<char16_t>(u'0' + nValue % 10);
-  }
-  while (n > 0) text += wszDigits[--n];
+  text += FormatColNr(col);
+  text += FormatRowNr(row);
   return true;
 }
 

@@ -194,6 +194,14 @@ int strxicmpW(const char16_t* pA, const char16_t* pB) {
   return CompareFolded(pA, pB, FoldWidthCaseW);
 }
 
+bool EqualsNoCaseW(const char16_t* p, int nLen, const char16_t* pwszWord) {
+  int i = 0;
+  for (; i < nLen; ++i) {
+    if (pwszWord[i] == 0 || toupperW(p[i]) != toupperW(pwszWord[i])) return false;
+  }
+  return pwszWord[i] == 0;
+}
+
 // ---- Characters -----------------------------------------------------------------------
 
 char16_t toupperW(char16_t c) {

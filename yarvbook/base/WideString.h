@@ -77,6 +77,9 @@ YARVBOOK_API int strqcmpW(const char16_t* pA, const char16_t* pB);
 YARVBOOK_API int strcmpiW(const char16_t* pA, const char16_t* pB);
 // Ignoring case and width: full-width forms count as their half-width ones.
 YARVBOOK_API int strxicmpW(const char16_t* pA, const char16_t* pB);
+// True when the nLen units at p equal the zero-terminated pwszWord ignoring case (as
+// strcmpiW folds it).
+YARVBOOK_API bool EqualsNoCaseW(const char16_t* p, int nLen, const char16_t* pwszWord);
 
 // ---- Characters -------------------------------------------------------------------
 // Character-class bits for isctypeW, numbered as the Win32 C1_ classes.

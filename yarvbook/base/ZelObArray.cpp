@@ -126,13 +126,7 @@ void CZelObArray::InsertAt(int i, const CZelObArray* pArray) {
   // and the clones made so far are freed by the scratch array.
   CZelObArray clones;
   clones.Append(pArray);
-  if (i >= m_nSize) {
-    SetSize(i + nCount, -1);
-  } else {
-    const int nOldSize = m_nSize;
-    SetSize(m_nSize + nCount, -1);
-    std::move_backward(m_pData + i, m_pData + nOldSize, m_pData + nOldSize + nCount);
-  }
+  InsertAt(i, nullptr, nCount);  // opens the gap
   for (int k = 0; k < nCount; ++k) {
     m_pData[i + k] = clones.m_pData[k];
     clones.m_pData[k] = nullptr;

@@ -4,23 +4,19 @@
 #include <new>
 #include <utility>
 
+#include "base/WideString.h"
 #include "base/ZelException.h"
 #include "book/CellRecord.h"
 #include "book/SheetBase.h"
 #include "recalc/RecalcChain.h"
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
-#include "platform/TextServices.h"
 
 namespace {
 
 // Equal ignoring letter case, character by character: sheet names and titles clash
 // when they differ in case only, not when a locale's collation finds them alike.
-bool EqualNoCase(const char16_t* pA, const char16_t* pB) {
-  for (; *pA && *pB; ++pA, ++pB)
-    if (*pA != *pB && ToUpperChar(*pA) != ToUpperChar(*pB)) return false;
-  return *pA == *pB;
-}
+bool EqualNoCase(const char16_t* pA, const char16_t* pB) { return strcmpiW(pA, pB) == 0; }
 
 // The pattern with its first "%d" replaced by nIndex.
 std::u16string FormatPattern(const char16_t* pwszPattern, int nIndex) {

@@ -106,12 +106,7 @@ bool CName::operator==(const char16_t* pwszName) const { return IsNamed(pwszName
 bool CName::IsNamed(const char16_t* pwszName, int nLength) const {
   if (pwszName == nullptr) return false;
   if (nLength < 0) nLength = strlenW(pwszName);
-  const char16_t* pwszOwn = GetName();
-  int i = 0;
-  for (; i < nLength; ++i) {
-    if (pwszOwn[i] == 0 || ToUpperChar(pwszOwn[i]) != ToUpperChar(pwszName[i])) return false;
-  }
-  return pwszOwn[i] == 0;
+  return EqualsNoCaseW(pwszName, nLength, GetName());
 }
 
 bool CName::ValidName(const char16_t* pwszName) {

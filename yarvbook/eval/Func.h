@@ -155,36 +155,18 @@ class YARVBOOK_API TFunc : public CZelObject {
 };
 
 // The arity classes. A family class derives from one of them and writes Evaluate.
-
-class YARVBOOK_API TFuncNoArgs : public TFunc {
+template <unsigned char nArgs>
+class YARVBOOK_API TFuncNArgs : public TFunc {
  public:
-  TFuncNoArgs(unsigned nResId, const char16_t* pwszName, unsigned short nFunc)
-      : TFunc(nResId, pwszName, 0, nFunc, 0, 0) {}
+  TFuncNArgs(unsigned nResId, const char16_t* pwszName, unsigned short nFunc)
+      : TFunc(nResId, pwszName, 0, nFunc, nArgs, nArgs) {}
 };
 
-class YARVBOOK_API TFuncOneArg : public TFunc {
- public:
-  TFuncOneArg(unsigned nResId, const char16_t* pwszName, unsigned short nFunc)
-      : TFunc(nResId, pwszName, 0, nFunc, 1, 1) {}
-};
-
-class YARVBOOK_API TFuncTwoArgs : public TFunc {
- public:
-  TFuncTwoArgs(unsigned nResId, const char16_t* pwszName, unsigned short nFunc)
-      : TFunc(nResId, pwszName, 0, nFunc, 2, 2) {}
-};
-
-class YARVBOOK_API TFuncThreeArgs : public TFunc {
- public:
-  TFuncThreeArgs(unsigned nResId, const char16_t* pwszName, unsigned short nFunc)
-      : TFunc(nResId, pwszName, 0, nFunc, 3, 3) {}
-};
-
-class YARVBOOK_API TFuncFourArgs : public TFunc {
- public:
-  TFuncFourArgs(unsigned nResId, const char16_t* pwszName, unsigned short nFunc)
-      : TFunc(nResId, pwszName, 0, nFunc, 4, 4) {}
-};
+using TFuncNoArgs = TFuncNArgs<0>;
+using TFuncOneArg = TFuncNArgs<1>;
+using TFuncTwoArgs = TFuncNArgs<2>;
+using TFuncThreeArgs = TFuncNArgs<3>;
+using TFuncFourArgs = TFuncNArgs<4>;
 
 // Fixed arity given by the family.
 class YARVBOOK_API TFuncFixedArgs : public TFunc {

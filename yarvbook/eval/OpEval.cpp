@@ -13,6 +13,23 @@
 
 namespace {
 
+// Converts both operands of a binary operator through check, the left first. On a
+// failure the first failing operand's error is left in the left slot, the right
+// operand is dropped and false returned.
+bool CheckOperands(TValue* pLeft, int (TValue::*check)()) {
+  TValue& right = pLeft[1];
+  if (!(pLeft->*check)()) {
+    right.Clear();
+    return false;
+  }
+  if (!(right.*check)()) {
+    pLeft->SetError(right.GetError());
+    right.Clear();
+    return false;
+  }
+  return true;
+}
+
 // The pieces of a reference operand: a Cell or Range gives one range, a Region its
 // ranges. False for every other kind.
 bool GetRefRanges(const TValue& val, CSheetBase** ppSheet, TRegion* pRanges) {
@@ -72,16 +89,8 @@ void TOpUnaryReal::Evaluate(TValue* pArg) const {
 }
 
 void TOpBinaryReal::Evaluate(TValue* pLeft) const {
+  if (!CheckOperands(pLeft, &TValue::CheckReal)) return;
   TValue& right = pLeft[1];
-  if (!pLeft->CheckReal()) {
-    right.Clear();
-    return;
-  }
-  if (!right.CheckReal()) {
-    pLeft->SetError(right.GetError());
-    right.Clear();
-    return;
-  }
   double a, b, r = 0;
   pLeft->GetValue(a);
   right.GetValue(b);
@@ -130,16 +139,8 @@ int TOpPower::Calc(double a, double b, double* pResult) const {
 }
 
 void TOpConcat::Evaluate(TValue* pLeft) const {
+  if (!CheckOperands(pLeft, &TValue::CheckString)) return;
   TValue& right = pLeft[1];
-  if (!pLeft->CheckString()) {
-    right.Clear();
-    return;
-  }
-  if (!right.CheckString()) {
-    pLeft->SetError(right.GetError());
-    right.Clear();
-    return;
-  }
   std::u16string text = pLeft->TextPtr();
   text += right.TextPtr();
   right.Clear();
@@ -147,18 +148,8 @@ void TOpConcat::Evaluate(TValue* pLeft) const {
 }
 
 void TOpBinaryCompare::Evaluate(TValue* pLeft) const {
+  if (!CheckOperands(pLeft, &TValue::CheckValue)) return;
   TValue& right = pLeft[1];
-  pLeft->CheckValue();
-  right.CheckValue();
-  if (pLeft->GetError() != TValue::errNone) {
-    right.Clear();
-    return;
-  }
-  if (right.GetError() != TValue::errNone) {
-    pLeft->SetError(right.GetError());
-    right.Clear();
-    return;
-  }
   const bool bResult = Test(pLeft->Compare(right));
   right.Clear();
   pLeft->SetLogical(bResult);

@@ -39,12 +39,6 @@ static_assert(std::size(kExcelErrors) == TValue::errLast + 1, "one byte per erro
 constinit ICellValueReader* s_pCellReader = nullptr;
 constinit TBaseCellFn s_pfnBaseCell = nullptr;
 
-int TextLength(const char16_t* p) {
-  int n = 0;
-  while (p[n] != 0) ++n;
-  return n;
-}
-
 // A private copy of nLen characters, or null when memory is exhausted. new[] as in
 // StringNewW, so the two families mix. The empty text is the shared g_wszEmpty,
 // never allocated and never freed.
@@ -65,6 +59,22 @@ CSharedStringTable& Sst() { return CSharedStringTable::GetGlobal(); }
 
 int ClampRow(int n) { return n < 0 ? 0 : n > kMaxRow ? kMaxRow : n; }
 int ClampCol(int n) { return n < 0 ? 0 : n > kMaxCol ? kMaxCol : n; }
+
+// Applies set to the array element at (nRow, nCol); false when there is none.
+template <class TSet>
+bool SetElement(TValue& array, int nRow, int nCol, TSet set) {
+  TValue* pElem = array.GetArrayValue(nRow, nCol);
+  if (pElem == nullptr) return false;
+  set(*pElem);
+  return true;
+}
+
+// The failed end of a conversion: an error value stays as it is, anything else
+// becomes #VALUE!. Returns 0.
+int FailConversion(TValue& val) {
+  if (!val.IsError()) val.SetError(TValue::errValue);
+  return 0;
+}
 
 // Allocates an element block; throws CZelException when memory is exhausted.
 TValue* NewElements(int nCount) {
@@ -147,7 +157,7 @@ void TValue::AssignFrom(const TValue& src) {
       // this value as it was.
       const char16_t* pText = src.m_u.pText;
       if (!m_bSST) {
-        pText = NewPrivateText(pText, TextLength(pText));
+        pText = NewPrivateText(pText, strlenW(pText));
         if (pText == nullptr) CZelException::ThrowMemory();
       } else if (!src.m_bSST) {
         pText = Sst().AddString(pText);
@@ -227,7 +237,7 @@ void TValue::SetSST(bool bSST) {
       m_u.pText = Sst().AddString(pOld);
       DeletePrivateText(pOld);
     } else {
-      const char16_t* pCopy = NewPrivateText(pOld, TextLength(pOld));
+      const char16_t* pCopy = NewPrivateText(pOld, strlenW(pOld));
       if (pCopy == nullptr) CZelException::ThrowMemory();
       m_u.pText = pCopy;
       Sst().DecRefSST(pOld);
@@ -278,7 +288,7 @@ void TValue::SetError(TError err) {
 
 void TValue::SetText(const char16_t* pwszText, int nLen, bool bThrow, bool* pbOk) {
   if (pwszText == nullptr) nLen = 0;
-  if (nLen < 0) nLen = TextLength(pwszText);
+  if (nLen < 0) nLen = strlenW(pwszText);
   const char16_t* pText;
   if (m_bSST) {
     if (bThrow) {
@@ -412,54 +422,40 @@ const TValue* TValue::GetArrayValue(int nRow, int nCol) const {
 }
 
 bool TValue::SetArrayValue(int nRow, int nCol, const TValue& val) {
-  TValue* pElem = GetArrayValue(nRow, nCol);
-  if (pElem == nullptr) return false;
-  if (val.m_vt == vtArray || val.m_vt == vtRegion) {
-    pElem->SetError(errValue);
-    return true;
-  }
-  if (pElem != &val) pElem->AssignFrom(val);
-  return true;
+  return SetElement(*this, nRow, nCol, [&val](TValue& elem) {
+    if (val.m_vt == vtArray || val.m_vt == vtRegion)
+      elem.SetError(errValue);
+    else if (&elem != &val)
+      elem.AssignFrom(val);
+  });
 }
 
 bool TValue::SetArrayValueAndClearSource(int nRow, int nCol, TValue& val) {
-  TValue* pElem = GetArrayValue(nRow, nCol);
-  if (pElem == nullptr) return false;
-  if (val.m_vt == vtArray || val.m_vt == vtRegion) {
-    pElem->SetError(errValue);
-    val.Clear();
-    return true;
-  }
-  pElem->CopyAndClearSource(val);
-  return true;
+  return SetElement(*this, nRow, nCol, [&val](TValue& elem) {
+    if (val.m_vt == vtArray || val.m_vt == vtRegion) {
+      elem.SetError(errValue);
+      val.Clear();
+    } else {
+      elem.CopyAndClearSource(val);
+    }
+  });
 }
 
 bool TValue::SetArrayNumber(int nRow, int nCol, double r) {
-  TValue* pElem = GetArrayValue(nRow, nCol);
-  if (pElem == nullptr) return false;
-  pElem->SetValue(r);
-  return true;
+  return SetElement(*this, nRow, nCol, [r](TValue& elem) { elem.SetValue(r); });
 }
 
 bool TValue::SetArrayString(int nRow, int nCol, const char16_t* pwszText, int nLen) {
-  TValue* pElem = GetArrayValue(nRow, nCol);
-  if (pElem == nullptr) return false;
-  pElem->SetValue(pwszText, nLen);
-  return true;
+  return SetElement(*this, nRow, nCol,
+                    [pwszText, nLen](TValue& elem) { elem.SetValue(pwszText, nLen); });
 }
 
 bool TValue::SetArrayLogical(int nRow, int nCol, int bValue) {
-  TValue* pElem = GetArrayValue(nRow, nCol);
-  if (pElem == nullptr) return false;
-  pElem->SetLogical(bValue);
-  return true;
+  return SetElement(*this, nRow, nCol, [bValue](TValue& elem) { elem.SetLogical(bValue); });
 }
 
 bool TValue::SetArrayError(int nRow, int nCol, TError err) {
-  TValue* pElem = GetArrayValue(nRow, nCol);
-  if (pElem == nullptr) return false;
-  pElem->SetError(err);
-  return true;
+  return SetElement(*this, nRow, nCol, [err](TValue& elem) { elem.SetError(err); });
 }
 
 bool TValue::SetArrayExcelError(int nRow, int nCol, unsigned char bCode) {
@@ -808,15 +804,12 @@ int TValue::CheckReal() {
         SetValue(parsed.r);
         return 1;
       }
-      SetError(errValue);
-      return 0;
+      break;
     }
-    case vtError:
-      return 0;
     default:
-      SetError(errValue);
-      return 0;
+      break;
   }
+  return FailConversion(*this);
 }
 
 int TValue::CheckNumber() {
@@ -854,15 +847,12 @@ int TValue::CheckLogical(int& bOut, bool bStrict) {
           return 1;
         }
       }
-      SetError(errValue);
-      return 0;
+      break;
     }
-    case vtError:
-      return 0;
     default:
-      SetError(errValue);
-      return 0;
+      break;
   }
+  return FailConversion(*this);
 }
 
 int TValue::CheckLogical() {
@@ -942,11 +932,8 @@ int TValue::CheckArray() {
     case vtCell:
     case vtRange:
       return CheckRange();
-    case vtError:
-      return 0;
     default:
-      SetError(errValue);
-      return 0;
+      return FailConversion(*this);
   }
 }
 
@@ -1098,9 +1085,9 @@ const char16_t* TValue::GetExcelErrorString(unsigned char bCode) {
 
 TValue::TError TValue::GetErrorToken(const char16_t* pwsz, int nLen) {
   if (pwsz == nullptr) return errNone;
-  if (nLen < 0) nLen = TextLength(pwsz);
+  if (nLen < 0) nLen = strlenW(pwsz);
   for (int i = errNull; i < errFormula; ++i) {
-    if (EqualsNoCase(pwsz, nLen, m_pErrorStrings[i])) return static_cast<TError>(i);
+    if (EqualsNoCaseW(pwsz, nLen, m_pErrorStrings[i])) return static_cast<TError>(i);
   }
   return errNone;
 }

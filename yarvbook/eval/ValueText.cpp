@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/WideString.h"
 #include "format/DateTime.h"
 #include "platform/Locale.h"
-#include "platform/TextServices.h"
 
 namespace {
 
@@ -370,14 +370,6 @@ bool ParseDateTime(const char16_t* pwszText, int nParseType, TParsedText& out) {
 
 }  // namespace
 
-bool EqualsNoCase(const char16_t* p, int nLen, const char16_t* pwszWord) {
-  int i = 0;
-  for (; i < nLen; ++i) {
-    if (pwszWord[i] == 0 || ToUpperChar(p[i]) != ToUpperChar(pwszWord[i])) return false;
-  }
-  return pwszWord[i] == 0;
-}
-
 bool ParseValueText(const char16_t* pwszText, int nCellFormatType, int nParseType,
                     TParsedText& out) {
   out = TParsedText();
@@ -394,7 +386,7 @@ bool ParseValueText(const char16_t* pwszText, int nCellFormatType, int nParseTyp
 
   const bool bEnglish = IsEnglishParseType(nParseType);
   for (int bValue = 1; bValue >= 0; --bValue) {
-    if (EqualsNoCase(p, nLen, TValue::GetLogicalText(bValue != 0, bEnglish))) {
+    if (EqualsNoCaseW(p, nLen, TValue::GetLogicalText(bValue != 0, bEnglish))) {
       out.vt = TValue::vtLogical;
       out.nInt = bValue;
       return true;

@@ -35,6 +35,3 @@ inline bool IsEnglishParseType(int nParseType) {
 // Reads the whole of pwszText (zero-terminated). False when it is none of the forms.
 bool ParseValueText(const char16_t* pwszText, int nCellFormatType, int nParseType,
                     TParsedText& out);
-
-// True when the nLen characters at p equal pwszWord ignoring case.
-bool EqualsNoCase(const char16_t* p, int nLen, const char16_t* pwszWord);

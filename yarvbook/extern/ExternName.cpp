@@ -2,7 +2,6 @@
 
 #include "base/WideString.h"
 #include "book/Name.h"
-#include "platform/TextServices.h"
 
 CExternName::CExternName() = default;
 
@@ -43,11 +42,7 @@ int CExternName::Compare(const CZelObject* pOther) const {
 bool CExternName::IsNamed(const char16_t* pwszName, int nLength) const {
   if (pwszName == nullptr) return m_sName.empty();
   if (nLength < 0) nLength = strlenW(pwszName);
-  if (nLength != GetNameLength()) return false;
-  for (int i = 0; i < nLength; ++i) {
-    if (ToUpperChar(m_sName[i]) != ToUpperChar(pwszName[i])) return false;
-  }
-  return true;
+  return nLength == GetNameLength() && EqualsNoCaseW(pwszName, nLength, m_sName.c_str());
 }
 
 void CExternName::SetDefinition(std::unique_ptr<CName> pDefinition) {

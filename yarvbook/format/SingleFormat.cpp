@@ -188,6 +188,21 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
     return 0;
   };
   auto emit = [&](unsigned c) { tokens.push_back(static_cast<unsigned short>(c)); };
+  // The fraction digits after a seconds code ("ss.00", "[s].000"): up to three zeros
+  // after a decimal point, emitted as the code's operand. The section shows the
+  // fewest of all its seconds codes.
+  auto emitSecondFraction = [&]() {
+    int nFraction = 0;
+    if ((is(i, fcDecimal) || aText[i] == u'\uFF0E') && aText[i + 1] == u'0') {
+      ++i;
+      while (nFraction < 3 && aText[i] == u'0') {
+        ++nFraction;
+        ++i;
+      }
+    }
+    m_nSecPrecision = static_cast<unsigned char>(std::min<int>(m_nSecPrecision, nFraction));
+    emit(nFraction);
+  };
 
   while (i < nLen && aText[i] != u';') {
     const char16_t c = aText[i];
@@ -366,18 +381,7 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
                                          : tkElapsedSeconds;
         emit(wCode);
         emit(std::min(nLetters, 0xFFFF));
-        if (wCode == tkElapsedSeconds) {
-          int nFraction = 0;
-          if ((is(i, fcDecimal) || aText[i] == u'\uFF0E') && aText[i + 1] == u'0') {
-            ++i;
-            while (nFraction < 3 && aText[i] == u'0') {
-              ++nFraction;
-              ++i;
-            }
-          }
-          m_nSecPrecision = static_cast<unsigned char>(std::min<int>(m_nSecPrecision, nFraction));
-          emit(nFraction);
-        }
+        if (wCode == tkElapsedSeconds) emitSecondFraction();
         nLastCode = wCode;
         continue;
       }
@@ -521,16 +525,7 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
         nLastHour = static_cast<int>(tokens.size());
         emit(bAmPmSeen ? 1 : 0);
       } else if (wCode == tkSecond2 || wCode == tkSecond1) {
-        int nFraction = 0;
-        if ((is(i, fcDecimal) || aText[i] == u'\uFF0E') && aText[i + 1] == u'0') {
-          ++i;
-          while (nFraction < 3 && aText[i] == u'0') {
-            ++nFraction;
-            ++i;
-          }
-        }
-        m_nSecPrecision = static_cast<unsigned char>(std::min<int>(m_nSecPrecision, nFraction));
-        emit(nFraction);
+        emitSecondFraction();
       } else if (wCode >= tkAmPm) {
         bAmPmSeen = true;
         if (nLastHour >= 0) tokens[nLastHour] = 1;
@@ -621,6 +616,11 @@ int CSingleFormat::Unparse(char16_t* pBuf, int nMax, int nParseType) const {
   const bool bDateSection = m_nType == ftDate || m_nType == ftTime;
   bool bGroupWritten = !(m_aGroups[0].wFlags & gfGrouping);
   bool bDenominatorWritten = false;
+  auto appendSecondFraction = [&](int nDigits) {
+    if (nDigits <= 0) return;
+    str += voc.acChars[fcDecimal];
+    str.append(std::min(nDigits, 3), u'0');
+  };
   for (int i = 0; i < nCount && p[i] != tkEnd;) {
     const unsigned short w = p[i];
     const int nOperands = FormatTokenOperands(w, p, i + 1, nCount);
@@ -679,10 +679,7 @@ int CSingleFormat::Unparse(char16_t* pBuf, int nMax, int nParseType) const {
       case tkSecond2:
       case tkSecond1:
         str += voc.astrTimeCodes[w - tkHour2];
-        if (wOp > 0) {
-          str += voc.acChars[fcDecimal];
-          str.append(std::min<int>(wOp, 3), u'0');
-        }
+        appendSecondFraction(wOp);
         break;
       case tkLiteral: {
         const char16_t c = static_cast<char16_t>(wOp);
@@ -726,10 +723,7 @@ int CSingleFormat::Unparse(char16_t* pBuf, int nMax, int nParseType) const {
         str += voc.acChars[fcOpenBracket];
         str.append(std::max<int>(wOp, 1), voc.acChars[nLetter]);
         str += voc.acChars[fcCloseBracket];
-        if (w == tkElapsedSeconds && p[i + 2] > 0) {
-          str += voc.acChars[fcDecimal];
-          str.append(std::min<int>(p[i + 2], 3), u'0');
-        }
+        if (w == tkElapsedSeconds) appendSecondFraction(p[i + 2]);
         break;
       }
       case tkLocaleBlock: {

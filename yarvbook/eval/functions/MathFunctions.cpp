@@ -99,45 +99,9 @@ class TFuncSumProduct final : public TFuncVarArgs {
   }
 };
 
-class TFuncAbs final : public TFuncOneArg {
- public:
-  TFuncAbs() : TFuncOneArg(IDS_FN_ABS, u"ABS", 24) {}
-  using TFuncOneArg::Evaluate;
-  void Evaluate(TValue* pArgs) override {
-    if (!pArgs->CheckReal()) return;
-    double x;
-    pArgs->GetValue(x);
-    SetFinite(pArgs, std::fabs(x));
-  }
-};
-
-class TFuncSqrt final : public TFuncOneArg {
- public:
-  TFuncSqrt() : TFuncOneArg(IDS_FN_SQRT, u"SQRT", 20) {}
-  using TFuncOneArg::Evaluate;
-  void Evaluate(TValue* pArgs) override {
-    if (!pArgs->CheckReal()) return;
-    double x;
-    pArgs->GetValue(x);
-    if (x < 0) {
-      pArgs->SetError(TValue::errNum);
-      return;
-    }
-    SetFinite(pArgs, std::sqrt(x));
-  }
-};
-
-class TFuncSign final : public TFuncOneArg {
- public:
-  TFuncSign() : TFuncOneArg(IDS_FN_SIGN, u"SIGN", 26) {}
-  using TFuncOneArg::Evaluate;
-  void Evaluate(TValue* pArgs) override {
-    if (!pArgs->CheckReal()) return;
-    double x;
-    pArgs->GetValue(x);
-    pArgs->SetValue(x > 0 ? 1.0 : x < 0 ? -1.0 : 0.0);
-  }
-};
+double Abs(double x) { return std::fabs(x); }
+double Sqrt(double x) { return std::sqrt(x); }  // a negative x gives NaN, so #NUM!
+double Sign(double x) { return x > 0 ? 1.0 : x < 0 ? -1.0 : 0.0; }
 
 // MOD takes the divisor's sign, unlike fmod.
 class TFuncMod final : public TFuncTwoArgs {
@@ -145,14 +109,8 @@ class TFuncMod final : public TFuncTwoArgs {
   TFuncMod() : TFuncTwoArgs(IDS_FN_MOD, u"MOD", 39) {}
   using TFuncTwoArgs::Evaluate;
   void Evaluate(TValue* pArgs) override {
-    if (!pArgs->Check2Reals()) {  // the first failing argument's error becomes the result
-      pArgs->Pop(2);
-      return;
-    }
     double a, b;
-    pArgs[0].GetValue(a);
-    pArgs[1].GetValue(b);
-    pArgs[1].Clear();
+    if (!TakeTwoReals(pArgs, a, b)) return;
     if (b == 0) {
       pArgs[0].SetError(TValue::errDiv0);
       return;
@@ -204,14 +162,8 @@ class TFuncPower final : public TFuncTwoArgs {
   TFuncPower() : TFuncTwoArgs(IDS_FN_POWER, u"POWER", 337) {}
   using TFuncTwoArgs::Evaluate;
   void Evaluate(TValue* pArgs) override {
-    if (!pArgs->Check2Reals()) {
-      pArgs->Pop(2);
-      return;
-    }
     double a, b;
-    pArgs[0].GetValue(a);
-    pArgs[1].GetValue(b);
-    pArgs[1].Clear();
+    if (!TakeTwoReals(pArgs, a, b)) return;
     pArgs->SetValue(std::pow(a, b));
   }
 };
@@ -250,12 +202,12 @@ class TFuncRand final : public TFuncNoArgs {
 
 // Constructing an object registers it; kept in number order, like the function table.
 TFuncSumOf<TFuncRealListArgsWithValFormat> s_Sum(IDS_FN_SUM, u"SUM", 4, 0);
-TFuncSqrt s_Sqrt;
+TFuncLibraryCall s_Sqrt(IDS_FN_SQRT, u"SQRT", 20, Sqrt);
 TFuncLibraryCall s_Exp(IDS_FN_EXP, u"EXP", 21, Exp);
 TFuncLibraryCall s_Ln(IDS_FN_LN, u"LN", 22, LogE);
 TFuncLibraryCall s_Log10(IDS_FN_LOG10, u"LOG10", 23, Log10);
-TFuncAbs s_Abs;
-TFuncSign s_Sign;
+TFuncLibraryCall s_Abs(IDS_FN_ABS, u"ABS", 24, Abs);
+TFuncLibraryCall s_Sign(IDS_FN_SIGN, u"SIGN", 26, Sign);
 TFuncMod s_Mod;
 TFuncRand s_Rand;
 TFuncLog s_Log;

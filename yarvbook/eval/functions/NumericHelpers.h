@@ -1,7 +1,7 @@
 // Helpers shared by the numeric function families: the 1e-15 tolerance that the
 // rounding functions apply before floor and ceil, powers of ten by digit count, the
-// store of a computed result, the one-argument C library call and the random
-// generator.
+// store of a computed result, the reading of two numbers, the one-number function
+// and the random generator.
 #pragma once
 
 #include <cmath>
@@ -40,10 +40,24 @@ inline void SetFinite(TValue* pResult, double r) {
   pResult->SetValue(r == 0 ? 0.0 : r);
 }
 
-// A function of one number that the C library computes (EXP, LN, the trigonometric
-// and hyperbolic functions). A domain error (a NaN) or an overflow (an infinity or a
-// pole) gives #NUM!; an underflow gives the tiny result, as the user expects of
-// EXP(-1000).
+// Reads the two numbers of a two-argument call into a and b and clears the second
+// slot. On failure the first failing argument's error is left in pArgs[0] and false
+// returned.
+inline bool TakeTwoReals(TValue* pArgs, double& a, double& b) {
+  if (!pArgs->Check2Reals()) {
+    pArgs->Pop(2);
+    return false;
+  }
+  pArgs[0].GetValue(a);
+  pArgs[1].GetValue(b);
+  pArgs[1].Clear();
+  return true;
+}
+
+// A function of one number given as a plain double function (ABS, SQRT, SIGN, INT,
+// EXP, LN, the trigonometric and hyperbolic functions, most from the C library). A
+// domain error (a NaN) or an overflow (an infinity or a pole) gives #NUM!; an
+// underflow gives the tiny result, as the user expects of EXP(-1000).
 class TFuncLibraryCall final : public TFuncOneArg {
  public:
   TFuncLibraryCall(unsigned nResId, const char16_t* pwszName, unsigned short nFunc,

@@ -107,17 +107,7 @@ class TFuncTrunc final : public TFuncVarArgs {
 
 // INT rounds down, toward minus infinity, without a nudge: INT(0.9999999999999999)
 // is 0 because the double lies below 1.
-class TFuncInt final : public TFuncOneArg {
- public:
-  TFuncInt() : TFuncOneArg(IDS_FN_INT, u"INT", 25) {}
-  using TFuncOneArg::Evaluate;
-  void Evaluate(TValue* pArgs) override {
-    if (!pArgs->CheckReal()) return;
-    double x;
-    pArgs->GetValue(x);
-    SetFinite(pArgs, std::floor(x));
-  }
-};
+double Floor(double x) { return std::floor(x); }
 
 // CEILING and FLOOR to a multiple of the significance m. A zero number gives 0 and
 // the signs must agree; a zero significance gives 0 for CEILING but #DIV/0! for FLOOR.
@@ -127,14 +117,8 @@ class TFuncMultiple final : public TFuncTwoArgs {
       : TFuncTwoArgs(nResId, pwszName, nFunc), m_bCeiling(bCeiling) {}
   using TFuncTwoArgs::Evaluate;
   void Evaluate(TValue* pArgs) override {
-    if (!pArgs->Check2Reals()) {
-      pArgs->Pop(2);
-      return;
-    }
     double x, m;
-    pArgs[0].GetValue(x);
-    pArgs[1].GetValue(m);
-    pArgs[1].Clear();
+    if (!TakeTwoReals(pArgs, x, m)) return;
     if (x == 0 || (m_bCeiling && m == 0)) {
       pArgs->SetZero();
       return;
@@ -176,7 +160,7 @@ class TFuncEvenOdd final : public TFuncOneArg {
 };
 
 // Constructing an object registers it; kept in number order, like the function table.
-TFuncInt s_Int;
+TFuncLibraryCall s_Int(IDS_FN_INT, u"INT", 25, Floor);
 TFuncRound s_Round;
 TFuncTrunc s_Trunc;
 TFuncRoundDir s_RoundUp(IDS_FN_ROUNDUP, u"ROUNDUP", 212, /*bUp=*/true);

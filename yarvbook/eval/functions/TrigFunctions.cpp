@@ -41,14 +41,8 @@ class TFuncAtan2 final : public TFuncTwoArgs {
   TFuncAtan2() : TFuncTwoArgs(IDS_FN_ATAN2, u"ATAN2", 97) {}
   using TFuncTwoArgs::Evaluate;
   void Evaluate(TValue* pArgs) override {
-    if (!pArgs->Check2Reals()) {
-      pArgs->Pop(2);
-      return;
-    }
     double x, y;
-    pArgs[0].GetValue(x);
-    pArgs[1].GetValue(y);
-    pArgs[1].Clear();
+    if (!TakeTwoReals(pArgs, x, y)) return;
     SetFinite(pArgs, std::atan2(y, x));
   }
 };
