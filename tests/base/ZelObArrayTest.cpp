@@ -114,6 +114,7 @@ TEST_F(ZelObArrayTest, MoveRules) {
     int nDest, nSrc, nCount;
     std::vector<int> after;
   };
+  // clang-format off
   const TCase kCases[] = {
       {"down, overlapping", {0, 1, 2, 3, 4, 5}, 1, 3, 3, {0, 3, 4, 5, -1, -1}},
       {"up, overlapping", {0, 1, 2, 3, 4, 5}, 2, 1, 3, {0, -1, 1, 2, 3, 5}},
@@ -123,6 +124,7 @@ TEST_F(ZelObArrayTest, MoveRules) {
       {"source past the size", {0, 1, 2}, 0, 5, 2, {-1, -1, 2}},
       {"same place", {0, 1, 2}, 1, 1, 2, {0, 1, 2}},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.pszName);
     CZelObArray array;

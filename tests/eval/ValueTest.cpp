@@ -293,7 +293,7 @@ TEST_F(ValueTest, PopKeepsTheFirstError) {
       args[i] = c.aErrs[i] != TValue::errNone ? Err(c.aErrs[i]) : Txt(u"arg");
     args[0].Pop(3);
     EXPECT_EQ(c.errExpected, args[0].GetError());
-    if (c.errExpected == TValue::errNone) EXPECT_TRUE(args[0].IsEmpty());
+    EXPECT_TRUE(c.errExpected != TValue::errNone || args[0].IsEmpty());
     for (int i = 1; i < 3; ++i) EXPECT_TRUE(args[i].IsEmpty() || args[i].IsError());
   }
 }
@@ -329,8 +329,11 @@ TEST_F(ValueTest, IntegerChecksHaveExactBounds) {
                                        : v.CheckUShort(w);
     if (c.kind != kInt) nResult = c.kind == kShort ? s : w;
     EXPECT_EQ(c.bOk, bOk != 0);
-    if (c.bOk) EXPECT_EQ(c.nExpected, nResult);
-    if (!c.bOk) EXPECT_EQ(TValue::errValue, v.GetError());
+    if (c.bOk) {
+      EXPECT_EQ(c.nExpected, nResult);
+    } else {
+      EXPECT_EQ(TValue::errValue, v.GetError());
+    }
   }
   TValue nan;
   nan.SetValue(std::numeric_limits<double>::quiet_NaN());
@@ -385,8 +388,12 @@ TEST_F(ValueTest, CheckLogicalStrictAndLoose) {
     EXPECT_EQ(c.bOk, v.CheckLogical(b, c.bStrict));
     EXPECT_EQ(c.bExpected, b);
     // Strict failures leave the value alone; loose failures leave #VALUE!.
-    if (!c.bOk && c.bStrict) EXPECT_EQ(0, v.CompareExact(c.value));
-    if (!c.bOk && !c.bStrict) EXPECT_EQ(TValue::errValue, v.GetError());
+    if (!c.bOk && c.bStrict) {
+      EXPECT_EQ(0, v.CompareExact(c.value));
+    }
+    if (!c.bOk && !c.bStrict) {
+      EXPECT_EQ(TValue::errValue, v.GetError());
+    }
   }
   TValue v;
   v.SetValue(3.0);
@@ -579,7 +586,9 @@ TEST_F(ValueTest, RkForm) {
     v.SetValue(c.r);
     int nRK = 0;
     EXPECT_EQ(c.bHas, v.GetRK(&nRK));
-    if (c.bHas) EXPECT_EQ(c.nRK, static_cast<unsigned>(nRK));
+    if (c.bHas) {
+      EXPECT_EQ(c.nRK, static_cast<unsigned>(nRK));
+    }
   }
   EXPECT_FALSE(Txt(u"1").GetRK(nullptr));
 }
