@@ -56,6 +56,10 @@ constexpr TBytesCase kCellCases[] = {
     {"1E3", "1E E8 03"},  // exact integer
     {".5", "1F 00 00 00 00 00 00 E0 3F"}, {"A1", "24 00 00 00 C0"}, {"$B$3", "24 02 00 01 00"},
     {"B$3", "24 02 00 01 40"}, {"$B3", "24 02 00 01 80"}, {"A1:$C$4", "25 00 00 03 00 00 C0 02 00"},
+    {"A:A", "25 00 00 FF FF 00 40 00 40"},  // whole column: the rows fixed
+    {"$5:$5", "25 04 00 04 00 00 00 FF 00"},  // whole row: the columns fixed
+    {"$3:2", "25 01 00 02 00 00 80 FF 00"},  // ends swapped, each "$" with its row
+    {"1:65536", "25 00 00 FF FF 00 80 FF 80"}, {"Sheet2!1:1", "3B 00 00 00 00 00 00 00 80 FF 80"},
     {"A1+1", "44 00 00 00 C0 1E 01 00 03"},
     {"A1 B1", "24 00 00 00 C0 24 00 00 01 C0 0F"},  // space is intersection
     {"A1 + B1", "44 00 00 00 C0 44 00 00 01 C0 03"},  // spaces around an operator
@@ -208,11 +212,10 @@ constexpr TErrorCase kErrorCases[] = {
     {"1E999", 1, 0, 4},  // not finite
     {"(1", 2, 2, 4},
     {"IF(1,2", 2, 6, 4},  // enough arguments, no ")"
-    {"SUM(1", 2, 5, 4}, {"FOO(1)", 3, 0, 4},
-    {"ROUND(1)", 4, 7, 4}, {"\"abc", 5, 0, 4},
-    {"ROUND(1,", 7, 8, 113}, {"MID(1 2", 7, 7, 113},
-    {"PI(1)", 8, 3, 114}, {"IF(1,2,3,4)", 8, 9, 114},
-    {"Sheet2!A1", 10, 0, 4, FB::ftShared}, {"1+[B.xls]Sheet1!Total", 10, 2, 4, FB::ftCondFormat},
+    {"SUM(1", 2, 5, 4}, {"FOO(1)", 3, 0, 4}, {"ROUND(1)", 4, 7, 4}, {"\"abc", 5, 0, 4},
+    {"ROUND(1,", 7, 8, 113}, {"MID(1 2", 7, 7, 113}, {"PI(1)", 8, 3, 114},
+    {"IF(1,2,3,4)", 8, 9, 114}, {"Sheet2!A1", 10, 0, 4, FB::ftShared},
+    {"1+[B.xls]Sheet1!Total", 10, 2, 4, FB::ftCondFormat},
 };
 // clang-format on
 
