@@ -119,24 +119,19 @@ u16string RandomText(std::mt19937& rng, const u16string& alphabet, int nMaxLengt
 // ---- StrMatch -------------------------------------------------------------------------
 
 TEST(WildcardTest, StrMatchRules) {
-  struct TCase {
-    const char16_t* pwszPattern;
-    const char16_t* pwszText;
-    bool bMatch;
-  };
+  // clang-format off
+  struct TCase { const char16_t* pwszPattern; const char16_t* pwszText; bool bMatch; };
   constexpr TCase kCases[] = {
       {u"A*", u"abc", true},
-      {u"a*", u"a", true},    // a final star matches the rest at once, even nothing
+      {u"a*", u"a", true},  // a final star matches the rest at once, even nothing
       {u"a**", u"a", false},  // the second star finds no text left to try
-      {u"?", u"", false},     // "?" never matches the end
-      {u"", u"", true},
-      {u"*", u"", true},
-      {u"**", u"", false},
-      {u"*b", u"b", true},
+      {u"?", u"", false},  // "?" never matches the end
+      {u"", u"", true}, {u"*", u"", true}, {u"**", u"", false}, {u"*b", u"b", true},
       {u"a?c", u"ABC", true},
       {u"~*", u"~x", true},  // no escape character: "~" is literal
       {u"*a*b*", u"xxaxxbxx", true},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszPattern) + " / " + Narrow(c.pwszText));
     EXPECT_EQ(c.bMatch, StrMatch(c.pwszPattern, c.pwszText));
@@ -156,21 +151,18 @@ TEST(WildcardTest, StrMatchAgreesWithReference) {
 // ---- Escaping comparisons -------------------------------------------------------------
 
 TEST(WildcardTest, CmpWildcardRules) {
-  struct TCase {
-    const char16_t* pwszText;
-    const char16_t* pwszPattern;
-    int bSearch;
-    bool bMatch;
-  };
+  // clang-format off
+  struct TCase { const char16_t* pwszText; const char16_t* pwszPattern; int bSearch; bool bMatch; };
   constexpr TCase kCases[] = {
-      {u"a", u"a**", 0, true},   // unlike StrMatch, runs of stars behave as one
+      {u"a", u"a**", 0, true},  // unlike StrMatch, runs of stars behave as one
       {u"abc", u"bc", 1, true},  // search mode: the match may start later
       {u"abc", u"b", 1, false},  // but it must still reach the end
       {u"a*c", u"a~*c", 0, true}, {u"a?", u"a~?", 0, true},
-      {u"a~", u"a~~", 0, true},   {u"ab", u"ab~", 0, true},  // a final "~" ends the pattern there
+      {u"a~", u"a~~", 0, true}, {u"ab", u"ab~", 0, true},  // a final "~" ends the pattern there
       {u"ab~", u"ab~", 0, false}, {u"", u"*", 0, true},
       {u"x", u"", 1, true},  // restarted at the end, the empty pattern matches
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     EXPECT_EQ(c.bMatch, CmpWildcard(c.pwszText, c.pwszPattern, c.bSearch) == 0)
         << Narrow(c.pwszText) << " / " << Narrow(c.pwszPattern);
@@ -257,14 +249,16 @@ TEST(WildcardTest, FindFromStart) {
     int nStart;
     int nExpected;
   };
+  // clang-format off
   constexpr TCase kCases[] = {
-      {u"abcabc", u"B?", 0, 1},  {u"abcabc", u"B?", 1, 1},
-      {u"abcabc", u"B?", 2, 4},  {u"abcabc", u"B?", 5, -1},  // "c" left: no match
-      {u"abcabc", u"c", 5, 5},                               // the last character is a valid start
-      {u"abcabc", u"c", 6, -1},                              // the end is not
-      {u"abcabc", u"a", -1, -1}, {u"", u"", 0, -1},          // an empty text has no valid start
-      {u"x\uFF21y", u"a", 0, 1},                             // width and case folded
+      {u"abcabc", u"B?", 0, 1}, {u"abcabc", u"B?", 1, 1},
+      {u"abcabc", u"B?", 2, 4}, {u"abcabc", u"B?", 5, -1},  // "c" left: no match
+      {u"abcabc", u"c", 5, 5},  // the last character is a valid start
+      {u"abcabc", u"c", 6, -1},  // the end is not
+      {u"abcabc", u"a", -1, -1}, {u"", u"", 0, -1},  // an empty text has no valid start
+      {u"x\uFF21y", u"a", 0, 1},  // width and case folded
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     EXPECT_EQ(c.nExpected, StrStrxiWildcardC(c.pwszText, c.pwszPattern, c.nStart))
         << "case " << (&c - kCases);

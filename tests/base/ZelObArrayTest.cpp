@@ -22,19 +22,12 @@ class ZelObArrayTest : public CLiveCountTest {
 
 // Growth past the capacity with the step chosen from the size: size / 8 within 4..1024.
 TEST_F(ZelObArrayTest, GrowthStepFollowsSize) {
-  struct TCase {
-    int nSize;
-    int nExpectedCapacity;
-  };
+  // Steps: 1 and 3 raised to 4, exactly 4, 5, 1023, 1024, 2000 capped at 1024.
+  // clang-format off
+  struct TCase { int nSize; int nExpectedCapacity; };
   constexpr TCase kCases[] = {
-      {8, 12},         // 8 / 8 = 1, raised to 4
-      {31, 35},        // 3, raised to 4
-      {32, 36},        // exactly 4
-      {40, 45},        // 5
-      {8191, 9214},    // 1023
-      {8192, 9216},    // 1024
-      {16000, 17024},  // 2000, capped at 1024
-  };
+      {8, 12}, {31, 35}, {32, 36}, {40, 45}, {8191, 9214}, {8192, 9216}, {16000, 17024}};
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.nSize);
     CZelObArray array;
@@ -121,6 +114,7 @@ TEST_F(ZelObArrayTest, MoveRules) {
     int nDest, nSrc, nCount;
     std::vector<int> after;
   };
+  // clang-format off
   const TCase kCases[] = {
       {"down, overlapping", {0, 1, 2, 3, 4, 5}, 1, 3, 3, {0, 3, 4, 5, -1, -1}},
       {"up, overlapping", {0, 1, 2, 3, 4, 5}, 2, 1, 3, {0, -1, 1, 2, 3, 5}},
@@ -130,6 +124,7 @@ TEST_F(ZelObArrayTest, MoveRules) {
       {"source past the size", {0, 1, 2}, 0, 5, 2, {-1, -1, 2}},
       {"same place", {0, 1, 2}, 1, 1, 2, {0, 1, 2}},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.pszName);
     CZelObArray array;
@@ -167,9 +162,7 @@ TEST_F(ZelObArrayTest, InsertAndDeleteSlots) {
   // Inserting near the last index drops what would pass it.
   CZelObArray big;
   big.SetSize(65536);
-  big.SetAt(65534, new CTestObj(1));
-  big.SetAt(65535, new CTestObj(2));
-  big.SetAt(65533, new CTestObj(3));
+  for (int i : {1, 2, 3}) big.SetAt(i == 3 ? 65533 : 65533 + i, new CTestObj(i));
   big.Insert(65534, 1);
   EXPECT_EQ(nullptr, big.GetAt(65534));
   EXPECT_EQ(1, ValueAt(big, 65535));
@@ -190,9 +183,8 @@ TEST_F(ZelObArrayTest, ShrinkDeletesEmptyObjects) {
 
 TEST_F(ZelObArrayTest, CleanupStackDeletesTopFirst) {
   ASSERT_EQ(0, CZelObject::m_nCleanupObjects);
-  for (int i = 0; i < CZelObject::kMaxCleanupObjects; ++i) {
+  for (int i = 0; i < CZelObject::kMaxCleanupObjects; ++i)
     CZelObject::SaveCleanupObject(new CTestObj(i));
-  }
   CZelObject* pKept = CZelObject::m_pCleanupObjects[CZelObject::kMaxCleanupObjects - 1];
   CZelObject::PopCleanupObject();  // not deleted
   EXPECT_EQ(m_nLiveBefore + CZelObject::kMaxCleanupObjects, CTestObj::s_nLive);
@@ -203,10 +195,10 @@ TEST_F(ZelObArrayTest, CleanupStackDeletesTopFirst) {
 }
 
 TEST_F(ZelObArrayTest, CopyContextNestsAndRestores) {
-  auto* pBook1 = reinterpret_cast<CBookBase*>(0x1000);
-  auto* pBook2 = reinterpret_cast<CBookBase*>(0x2000);
-  auto* pSheet1 = reinterpret_cast<CSheetBase*>(0x10);
-  auto* pSheet2 = reinterpret_cast<CSheetBase*>(0x20);
+  auto *pBook1 = reinterpret_cast<CBookBase*>(0x1000),
+       *pBook2 = reinterpret_cast<CBookBase*>(0x2000);
+  auto *pSheet1 = reinterpret_cast<CSheetBase*>(0x10),
+       *pSheet2 = reinterpret_cast<CSheetBase*>(0x20);
   CZelObject::PrepareForCopy(pSheet2, pSheet1, pBook2, pBook1);
   EXPECT_TRUE(CZelObject::IsCopyBetweenBooks());
   CZelObject::IncNoCopyBetweenBooks();

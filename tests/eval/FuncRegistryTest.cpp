@@ -100,30 +100,23 @@ struct TMatchCase {
 
 // Input is upper-cased before comparing; only "(" (after optional white space) makes
 // a call, except for TRUE and FALSE, which stand alone as constants.
+// clang-format off
 constexpr TMatchCase kMatchCases[] = {
-    {u"SUM(A1)", 4, 3, true},
-    {u"sum(A1)", 4, 3, true},
-    {u"Sum (A1)", 4, 3, true},
+    {u"SUM(A1)", 4, 3, true}, {u"sum(A1)", 4, 3, true}, {u"Sum (A1)", 4, 3, true},
     {u"SUM\t(", 4, 3, true},
-    {u"SUM", -1, 0, false},      // no parenthesis
-    {u"SUM A1", -1, 0, false},   // something else follows
-    {u"SUMX(", -1, 0, false},    // a longer, unknown name
-    {u"SU(", -1, 0, false},      // a shorter one
+    {u"SUM", -1, 0, false},  // no parenthesis
+    {u"SUM A1", -1, 0, false},  // something else follows
+    {u"SUMX(", -1, 0, false},  // a longer, unknown name
+    {u"SU(", -1, 0, false},  // a shorter one
     {u"LOG10(2)", 23, 5, true},  // not LOG followed by "10("
-    {u"LOG(2)", 109, 3, true},
-    {u"error.type(", 261, 10, true},
-    {u"TRUE", 34, 4, false},
-    {u"true+1", 34, 4, false},
-    {u"TRUE()", 34, 4, true},
-    {u"False ", 35, 5, false},
-    {u"TRUEX", -1, 0, false},  // a name that merely begins with TRUE
-    {u"TRUE1", -1, 0, false},
-    {u"TRUE_", -1, 0, false},
+    {u"LOG(2)", 109, 3, true}, {u"error.type(", 261, 10, true}, {u"TRUE", 34, 4, false},
+    {u"true+1", 34, 4, false}, {u"TRUE()", 34, 4, true}, {u"False ", 35, 5, false},
+    // names that merely begin with TRUE
+    {u"TRUEX", -1, 0, false}, {u"TRUE1", -1, 0, false}, {u"TRUE_", -1, 0, false},
     {u"EXTERN.CALL(", -1, 0, false},  // 255 is never found by name
-    {u"__ADDIN(", 370, 7, true},
-    {u"", -1, 0, false},
-    {u"(", -1, 0, false},
+    {u"__ADDIN(", 370, 7, true}, {u"", -1, 0, false}, {u"(", -1, 0, false},
 };
+// clang-format on
 
 TEST_F(FuncRegistryTest, MatchFuncReadsTheNameAndTheParenthesis) {
   for (const TMatchCase& c : kMatchCases) {
@@ -236,9 +229,7 @@ TEST_F(FuncRegistryTest, PendingFunctionsGiveNameError) {
     const int nArgs = pFunc->GetMaxArgs() < 3 ? pFunc->GetMaxArgs() : 3;
     pFunc->Evaluate(args, nArgs, nullptr);
     EXPECT_EQ(TValue::errName, args[0].GetError());
-    if (nArgs >= 2) {
-      EXPECT_TRUE(args[1].IsEmpty());
-    }
+    EXPECT_TRUE(nArgs < 2 || args[1].IsEmpty());
   }
 }
 
@@ -252,10 +243,6 @@ TEST_F(FuncRegistryTest, ConvertKIsAnExternalFunction) {
   EXPECT_EQ(nullptr, TExternFunc::MatchFunc(u"CONVERTK", kEnglish, &nLength));
   EXPECT_EQ(nullptr, TFunc::MatchFunc(u"CONVERTK(1,1,1,2)", kEnglish, nullptr, nullptr));
 }
-
-}  // namespace
-
-namespace {
 
 struct TConvertCase {
   double r, rCategory, rFrom, rTo;
@@ -280,10 +267,8 @@ TEST(ConvertKTest, ConvertsWithinACategory) {
   for (const TConvertCase& c : kConvertCases) {
     SCOPED_TRACE(testing::Message() << "case " << (&c - kConvertCases));
     TValue args[4];
-    args[0].SetValue(c.r);
-    args[1].SetValue(c.rCategory);
-    args[2].SetValue(c.rFrom);
-    args[3].SetValue(c.rTo);
+    for (int i = 0; i < 4; ++i)
+      args[i].SetValue(i == 0 ? c.r : i == 1 ? c.rCategory : i == 2 ? c.rFrom : c.rTo);
     pConvert->Evaluate(args, 4, nullptr);
     EXPECT_EQ(c.err, args[0].GetError());
     if (c.err != TValue::errNone) continue;
@@ -297,9 +282,7 @@ TEST(ConvertKTest, WrongCountOrTextIsValueError) {
   TExternFunc* pConvert = TExternFunc::FindFunc(u"CONVERTK", 8, kEnglish);
   ASSERT_NE(nullptr, pConvert);
   TValue args[5];
-  args[0].SetValue(1.0);
-  args[1].SetValue(1.0);
-  args[2].SetValue(1.0);
+  for (int i = 0; i < 3; ++i) args[i].SetValue(1.0);
   pConvert->Evaluate(args, 3);
   EXPECT_EQ(TValue::errValue, args[0].GetError());
   args[0].SetValue(u"abc");

@@ -69,34 +69,25 @@ class StringToRealTest : public ::testing::Test {
 };
 
 TEST_F(StringToRealTest, EnglishNumberShapes) {
+  // clang-format off
   const TNumberCase kCases[] = {
-      {u"42", 42, kNone},
-      {u"  -3.25  ", -3.25, kNone},
-      {u"+.5", 0.5, kNone},
-      {u"1,234.5", 1234.5, kThouDec},
-      {u"1,234,567", 1234567, kThou},
+      {u"42", 42, kNone}, {u"  -3.25  ", -3.25, kNone}, {u"+.5", 0.5, kNone},
+      {u"1,234.5", 1234.5, kThouDec}, {u"1,234,567", 1234567, kThou},
       {u"1234,567", 1234567, kThou},  // grouping need not be regular
-      {u"(5)", -5, kNone},
-      {u"$5", 5, kCur},
-      {u"5$", 5, kCur},
-      {u"-$5.50", -5.5, kCurDec},
-      {u"$-5", -5, kCur},
-      {u"($1,000)", -1000, kCur},
-      {u"5%", 0.05, kPct},
-      {u"12.5%", 0.125, kPctDec},
-      {u"(5%)", -0.05, kPct},
-      {u"1e3", 1000, kSci},
+      {u"(5)", -5, kNone}, {u"$5", 5, kCur}, {u"5$", 5, kCur}, {u"-$5.50", -5.5, kCurDec},
+      {u"$-5", -5, kCur}, {u"($1,000)", -1000, kCur}, {u"5%", 0.05, kPct},
+      {u"12.5%", 0.125, kPctDec}, {u"(5%)", -0.05, kPct}, {u"1e3", 1000, kSci},
       {u"1.5E-2", 0.015, kSci},
       {u"2E+3", 2000, kNone, kTypeScientific},  // already scientific: nothing to propose
-      {u"5", 0.05, kNone, kTypePercent},        // typed into a percent cell
-      {u"5%", 0.05, kPct, kTypePercent},        // no second division
-      {u"0.1", 0.1, kNone},
-      {u"00012", 12, kNone},
+      {u"5", 0.05, kNone, kTypePercent},  // typed into a percent cell
+      {u"5%", 0.05, kPct, kTypePercent},  // no second division
+      {u"0.1", 0.1, kNone}, {u"00012", 12, kNone},
       {u"123456789012345678901234567890", 1.2345678901234568e29, kNone},
       {u"0.000000000000000000000000000001", 1e-30, kNone},
-      {u"1e-400", 0, kSci},          // below the smallest double: zero
+      {u"1e-400", 0, kSci},  // below the smallest double: zero
       {u"\uFF11\uFF12", 12, kNone},  // full-width digits
   };
+  // clang-format on
   ExpectNumbers(kCases, std::size(kCases), 0);
 
   // English parse type reads the same notation.
@@ -121,20 +112,15 @@ TEST_F(StringToRealTest, EnglishFailures) {
 }
 
 TEST_F(StringToRealTest, LogicalAndErrorTexts) {
-  struct TCase {
-    const char16_t* pwszText;
-    int nParseType;
-    TValue::TValType vt;
-    int nValue;
-  };
+  // clang-format off
+  struct TCase { const char16_t* pwszText; int nParseType; TValue::TValType vt; int nValue; };
   const TCase kCases[] = {
-      {u"true", 0, TValue::vtLogical, 1},
-      {u" False ", 0, TValue::vtLogical, 0},
-      {u"TRUE", 1, TValue::vtLogical, 1},
-      {u"#n/a", 0, TValue::vtError, TValue::errNA},
+      {u"true", 0, TValue::vtLogical, 1}, {u" False ", 0, TValue::vtLogical, 0},
+      {u"TRUE", 1, TValue::vtLogical, 1}, {u"#n/a", 0, TValue::vtError, TValue::errNA},
       {u"#DIV/0!", 0, TValue::vtError, TValue::errDiv0},
       {u"#null!", 0, TValue::vtError, TValue::errNull},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszText));
     TValue v;
@@ -145,15 +131,15 @@ TEST_F(StringToRealTest, LogicalAndErrorTexts) {
 }
 
 TEST_F(StringToRealTest, Fractions) {
+  // clang-format off
   const TNumberCase kCases[] = {
-      {u"1 1/2", 1.5, kFrac},
-      {u"-1 1/2", -1.5, kFrac},
-      {u"0 3/4", 0.75, kFrac},
+      {u"1 1/2", 1.5, kFrac}, {u"-1 1/2", -1.5, kFrac}, {u"0 3/4", 0.75, kFrac},
       {u"2 3 / 16", 2.1875, kFrac2},
       {u"1/2", 0.5, kFrac, kTypeFraction},  // bare only in a fraction cell
       {u"-3/4", -0.75, kFrac, kTypeFraction},
       {u"1 / 2", 0.5, kFrac, kTypeFraction},  // blanks around the slash
   };
+  // clang-format on
   ExpectNumbers(kCases, std::size(kCases), 0);
   const char16_t* const kTexts[] = {u"1 1/0", u"1 1/", u"1 1/2 x", u"1 a/2", u"1/0"};
   ExpectFailures(kTexts, std::size(kTexts), 0, kTypeFraction);
@@ -189,20 +175,14 @@ TEST_F(StringToRealTest, DatesAndTimes) {
 
 TEST_F(StringToRealTest, GermanNotation) {
   ASSERT_TRUE(SetLocale("de-DE"));
+  // clang-format off
   const TNumberCase kCases[] = {
-      {u"1.234,5", 1234.5, kThouDec},
-      {u"1.234.567", 1234567, kThou},
-      {u"3,25", 3.25, kNone},
-      {u"(5)", -5, kNone},
-      {u"5 €", 5, kCur},
-      {u"1.234,50 €", 1234.5, kCurDec},
-      {u"€5", 5, kCur},
-      {u"-5 €", -5, kCur},
-      {u"5%", 0.05, kPct},
-      {u"12,5 %", 0.125, kPctDec},
-      {u"1,5E3", 1500, kSci},
+      {u"1.234,5", 1234.5, kThouDec}, {u"1.234.567", 1234567, kThou}, {u"3,25", 3.25, kNone},
+      {u"(5)", -5, kNone}, {u"5 €", 5, kCur}, {u"1.234,50 €", 1234.5, kCurDec}, {u"€5", 5, kCur},
+      {u"-5 €", -5, kCur}, {u"5%", 0.05, kPct}, {u"12,5 %", 0.125, kPctDec}, {u"1,5E3", 1500, kSci},
       {u"1 1/2", 1.5, kFrac},
   };
+  // clang-format on
   ExpectNumbers(kCases, std::size(kCases), 0);
 
   const char16_t* const kTexts[] = {

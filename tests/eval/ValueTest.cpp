@@ -90,21 +90,28 @@ TValue Err(TValue::TError e) {
   return v;
 }
 
+double Real(const TValue& v) {
+  double r = -999;
+  v.GetValue(r);
+  return r;
+}
+
 int SstRefs(const char16_t* p) { return CSharedStringTable::GetGlobal().GetRefCount(p); }
+bool InSst(const char16_t* p) { return CSharedStringTable::GetGlobal().IsSSTString(p); }
 
 // ---- Storage flag and ownership ----
 
 TEST_F(ValueTest, AssignmentFollowsTheDestinationFlag) {
   TValue scratch;
   scratch.SetValue(u"abc");
-  EXPECT_FALSE(CSharedStringTable::GetGlobal().IsSSTString(scratch.TextPtr()));
+  EXPECT_FALSE(InSst(scratch.TextPtr()));
 
   // Rule 2: a shared holder adds a private text to the table.
   TValue cell1;
   cell1.SetSST(true);
   cell1 = scratch;
   ASSERT_TRUE(cell1.IsText());
-  EXPECT_TRUE(CSharedStringTable::GetGlobal().IsSSTString(cell1.TextPtr()));
+  EXPECT_TRUE(InSst(cell1.TextPtr()));
   EXPECT_EQ(0, SstRefs(cell1.TextPtr()));
   EXPECT_NE(scratch.TextPtr(), cell1.TextPtr());
 
@@ -134,9 +141,9 @@ TEST_F(ValueTest, SetSSTMovesTheHeldText) {
   TValue v;
   v.SetValue(u"moved");
   v.SetSST(true);
-  EXPECT_TRUE(CSharedStringTable::GetGlobal().IsSSTString(v.TextPtr()));
+  EXPECT_TRUE(InSst(v.TextPtr()));
   v.SetSST(false);
-  EXPECT_FALSE(CSharedStringTable::GetGlobal().IsSSTString(v.TextPtr()));
+  EXPECT_FALSE(InSst(v.TextPtr()));
   EXPECT_EQ(u"moved", Text(v));
 }
 
@@ -173,16 +180,13 @@ TEST_F(ValueTest, ArraysAndRegionsCopyDeep) {
   TValue copy(arr);
   copy.SetArrayNumber(0, 0, 9);
   copy.SetArrayString(1, 2, u"changed");
-  double r;
-  arr.GetArrayValue(0, 0)->GetValue(r);
-  EXPECT_EQ(1.5, r);
+  EXPECT_EQ(1.5, Real(*arr.GetArrayValue(0, 0)));
   EXPECT_EQ(u"t", Text(*arr.GetArrayValue(1, 2)));
   EXPECT_NE(arr.GetArrayValue(1, 2)->TextPtr(), copy.GetArrayValue(1, 2)->TextPtr());
 
   // Resizing keeps the overlap.
   ASSERT_TRUE(arr.ResizeArray(3, 2));
-  arr.GetArrayValue(0, 0)->GetValue(r);
-  EXPECT_EQ(1.5, r);
+  EXPECT_EQ(1.5, Real(*arr.GetArrayValue(0, 0)));
   EXPECT_TRUE(arr.GetArrayValue(2, 1)->IsEmpty());
   EXPECT_FALSE(arr.ResizeArray(-1, 2));
   EXPECT_FALSE(arr.ResizeArray(65536, 257));  // one row of 256 too many
@@ -220,11 +224,11 @@ TEST_F(ValueTest, AssignFromOwnElement) {
     TValue copy(arr);
     arr = *arr.GetArrayValue(0, 0);
     EXPECT_EQ(u"first", Text(arr));
-    EXPECT_EQ(bSST, CSharedStringTable::GetGlobal().IsSSTString(arr.TextPtr()));
+    EXPECT_EQ(bSST, InSst(arr.TextPtr()));
     copy.SetSST(bSST);
     ASSERT_TRUE(copy.CvtArrayValToValue());
     EXPECT_EQ(u"first", Text(copy));
-    EXPECT_EQ(bSST, CSharedStringTable::GetGlobal().IsSSTString(copy.TextPtr()));
+    EXPECT_EQ(bSST, InSst(copy.TextPtr()));
     TValue third;
     third.ResizeArray(1, 2);
     third.SetArrayNumber(0, 1, 7.0);
@@ -236,17 +240,15 @@ TEST_F(ValueTest, AssignFromOwnElement) {
 // ---- Errors ----
 
 TEST_F(ValueTest, ErrorCodesMapBothWays) {
-  struct TCase {
-    TValue::TError err;
-    unsigned char bExcel;
-    const char16_t* pwszText;
-  };
+  // clang-format off
+  struct TCase { TValue::TError err; unsigned char bExcel; const char16_t* pwszText; };
   constexpr TCase kCases[] = {
-      {TValue::errNull, 0, u"#NULL!"},    {TValue::errDiv0, 7, u"#DIV/0!"},
+      {TValue::errNull, 0, u"#NULL!"}, {TValue::errDiv0, 7, u"#DIV/0!"},
       {TValue::errValue, 15, u"#VALUE!"}, {TValue::errRef, 23, u"#REF!"},
-      {TValue::errName, 29, u"#NAME?"},   {TValue::errNum, 36, u"#NUM!"},
+      {TValue::errName, 29, u"#NAME?"}, {TValue::errNum, 36, u"#NUM!"},
       {TValue::errNA, 42, u"#N/A"},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.bExcel);
     EXPECT_EQ(c.bExcel, TValue::ErrorToExcelError(c.err));
@@ -276,26 +278,22 @@ TEST_F(ValueTest, PopKeepsTheFirstError) {
     TValue::TError aErrs[3];  // errNone: a number in that slot
     TValue::TError errExpected;
   };
+  // clang-format off
   constexpr TCase kCases[] = {
       {"none", {TValue::errNone, TValue::errNone, TValue::errNone}, TValue::errNone},
       {"own wins", {TValue::errNum, TValue::errDiv0, TValue::errNone}, TValue::errNum},
       {"lowest later", {TValue::errNone, TValue::errNA, TValue::errRef}, TValue::errNA},
       {"last", {TValue::errNone, TValue::errNone, TValue::errName}, TValue::errName},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.pszName);
     TValue args[3];
-    for (int i = 0; i < 3; ++i) {
-      if (c.aErrs[i] != TValue::errNone)
-        args[i].SetError(c.aErrs[i]);
-      else
-        args[i].SetValue(u"arg");
-    }
+    for (int i = 0; i < 3; ++i)
+      args[i] = c.aErrs[i] != TValue::errNone ? Err(c.aErrs[i]) : Txt(u"arg");
     args[0].Pop(3);
     EXPECT_EQ(c.errExpected, args[0].GetError());
-    if (c.errExpected == TValue::errNone) {
-      EXPECT_TRUE(args[0].IsEmpty());
-    }
+    EXPECT_TRUE(c.errExpected != TValue::errNone || args[0].IsEmpty());
     for (int i = 1; i < 3; ++i) EXPECT_TRUE(args[i].IsEmpty() || args[i].IsError());
   }
 }
@@ -305,56 +303,31 @@ TEST_F(ValueTest, PopKeepsTheFirstError) {
 // Each integer check one step inside and outside each bound, on the untruncated value.
 TEST_F(ValueTest, IntegerChecksHaveExactBounds) {
   enum EKind { kInt, kShort, kUShort, kWord };
-  struct TCase {
-    EKind kind;
-    double r;
-    bool bOk;
-    int nExpected;
-  };
+  // clang-format off
+  struct TCase { EKind kind; double r; bool bOk; int nExpected; };
   constexpr TCase kCases[] = {
-      {kInt, 2147483647.0, true, 2147483647},
-      {kInt, 2147483647.9, true, 2147483647},
-      {kInt, 2147483648.0, false, 0},
-      {kInt, -2147483648.0, true, -2147483647 - 1},
-      {kInt, -2147483648.5, false, 0},
-      {kInt, -1.9, true, -1},
-      {kShort, 32767.5, true, 32767},
-      {kShort, 32768.0, false, 0},
-      {kShort, -32768.0, true, -32768},
-      {kShort, -32768.1, false, 0},
-      {kUShort, 32767.0, true, 32767},
-      {kUShort, 32768.0, false, 0},
-      {kUShort, 0.0, true, 0},
-      {kUShort, -0.5, false, 0},
-      {kUShort, 65535.0, false, 0},
-      {kWord, 32767.9, true, 32767},
-      {kWord, 32768.0, false, 0},
-      {kWord, -1.0, false, 0},
+      {kInt, 2147483647.0, true, 2147483647}, {kInt, 2147483647.9, true, 2147483647},
+      {kInt, 2147483648.0, false, 0}, {kInt, -2147483648.0, true, -2147483647 - 1},
+      {kInt, -2147483648.5, false, 0}, {kInt, -1.9, true, -1},
+      {kShort, 32767.5, true, 32767}, {kShort, 32768.0, false, 0},
+      {kShort, -32768.0, true, -32768}, {kShort, -32768.1, false, 0},
+      {kUShort, 32767.0, true, 32767}, {kUShort, 32768.0, false, 0}, {kUShort, 0.0, true, 0},
+      {kUShort, -0.5, false, 0}, {kUShort, 65535.0, false, 0},
+      {kWord, 32767.9, true, 32767}, {kWord, 32768.0, false, 0}, {kWord, -1.0, false, 0},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(testing::Message() << "kind " << c.kind << " value " << c.r);
     TValue v;
     v.SetValue(c.r);
     int nResult = -12345;
-    int bOk = 0;
-    switch (c.kind) {
-      case kInt:
-        bOk = v.CheckInt(nResult);
-        break;
-      case kShort: {
-        short n = 0;
-        bOk = v.CheckShort(n);
-        if (bOk) nResult = n;
-        break;
-      }
-      case kUShort:
-      case kWord: {
-        unsigned short n = 0;
-        bOk = c.kind == kWord ? v.CheckWord(n) : v.CheckUShort(n);
-        if (bOk) nResult = n;
-        break;
-      }
-    }
+    short s = 0;
+    unsigned short w = 0;
+    const int bOk = c.kind == kInt     ? v.CheckInt(nResult)
+                    : c.kind == kShort ? v.CheckShort(s)
+                    : c.kind == kWord  ? v.CheckWord(w)
+                                       : v.CheckUShort(w);
+    if (c.kind != kInt) nResult = c.kind == kShort ? s : w;
     EXPECT_EQ(c.bOk, bOk != 0);
     if (c.bOk) {
       EXPECT_EQ(c.nExpected, nResult);
@@ -369,19 +342,14 @@ TEST_F(ValueTest, IntegerChecksHaveExactBounds) {
 }
 
 TEST_F(ValueTest, CheckRealByKind) {
+  // Empty is 0.
+  for (const auto& [value, rExpected] :
+       {std::pair{TValue(), 0.0}, {Logical(1), 1.0}, {Txt(u" 12.5 "), 12.5}}) {
+    TValue v(value);
+    EXPECT_TRUE(v.CheckReal());
+    EXPECT_EQ(rExpected, Real(v));
+  }
   TValue v;
-  double r;
-  EXPECT_TRUE(v.CheckReal());  // Empty is 0
-  v.GetValue(r);
-  EXPECT_EQ(0, r);
-  v.SetLogical(1);
-  EXPECT_TRUE(v.CheckReal());
-  v.GetValue(r);
-  EXPECT_EQ(1, r);
-  v.SetValue(u" 12.5 ");
-  EXPECT_TRUE(v.CheckReal());
-  v.GetValue(r);
-  EXPECT_EQ(12.5, r);
   v.SetValue(u"TRUE");  // a logical text is not a number
   EXPECT_FALSE(v.CheckReal());
   EXPECT_EQ(TValue::errValue, v.GetError());
@@ -403,20 +371,16 @@ TEST_F(ValueTest, CheckRealByKind) {
 }
 
 TEST_F(ValueTest, CheckLogicalStrictAndLoose) {
-  struct TCase {
-    const char* pszName;
-    TValue value;
-    bool bStrict;
-    int bOk;
-    int bExpected;
-  };
+  // clang-format off
+  struct TCase { const char* pszName; TValue value; bool bStrict; int bOk; int bExpected; };
   const TCase kCases[] = {
-      {"logical", Logical(1), true, 1, 1},       {"empty", TValue(), true, 1, 0},
-      {"number loose", Num(-2), false, 1, 1},    {"zero loose", Num(0), false, 1, 0},
-      {"number strict", Num(2), true, 0, -1},    {"text true", Txt(u"true"), false, 1, 1},
-      {"text number", Txt(u"0"), false, 1, 0},   {"text strict", Txt(u"true"), true, 0, -1},
+      {"logical", Logical(1), true, 1, 1}, {"empty", TValue(), true, 1, 0},
+      {"number loose", Num(-2), false, 1, 1}, {"zero loose", Num(0), false, 1, 0},
+      {"number strict", Num(2), true, 0, -1}, {"text true", Txt(u"true"), false, 1, 1},
+      {"text number", Txt(u"0"), false, 1, 0}, {"text strict", Txt(u"true"), true, 0, -1},
       {"text other", Txt(u"yes"), false, 0, -1},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.pszName);
     TValue v(c.value);
@@ -440,8 +404,7 @@ TEST_F(ValueTest, CheckLogicalStrictAndLoose) {
 
 TEST_F(ValueTest, WithDefaultLeavesOmittedArgumentsAlone) {
   TValue omitted;
-  int n = 77;
-  int b = 77;
+  int n = 77, b = 77;
   unsigned short w = 77;
   EXPECT_TRUE(omitted.CheckIntWithDefault(n));
   EXPECT_TRUE(omitted.CheckLogicalWithDefault(b));
@@ -459,17 +422,14 @@ TEST_F(ValueTest, WithDefaultLeavesOmittedArgumentsAlone) {
 }
 
 TEST_F(ValueTest, CheckStringConvertsEveryNonError) {
+  for (const auto& [value, pwszExpected] :
+       {std::pair{Num(0.1 + 0.2), u"0.3"}, {Logical(0), u"FALSE"}, {TValue(), u""}}) {
+    TValue v(value);
+    ASSERT_TRUE(v.CheckString());
+    EXPECT_TRUE(v.IsText());
+    EXPECT_EQ(pwszExpected, Text(v));
+  }
   TValue v;
-  v.SetValue(0.1 + 0.2);
-  ASSERT_TRUE(v.CheckString());
-  EXPECT_EQ(u"0.3", Text(v));
-  v.SetLogical(0);
-  ASSERT_TRUE(v.CheckString());
-  EXPECT_EQ(u"FALSE", Text(v));
-  v.Clear();
-  ASSERT_TRUE(v.CheckString());
-  EXPECT_TRUE(v.IsText());
-  EXPECT_EQ(u"", Text(v));
   v.SetError(TValue::errNA);
   EXPECT_FALSE(v.CheckString());
   EXPECT_TRUE(v.IsNAError());
@@ -548,9 +508,7 @@ TEST_F(ValueTest, ImplicitIntersection) {
       EXPECT_EQ(TValue::errValue, v.GetError());
     } else {
       ASSERT_TRUE(bOk);
-      double r;
-      v.GetValue(r);
-      EXPECT_EQ(c.rExpected, r);
+      EXPECT_EQ(c.rExpected, Real(v));
     }
   }
   // Given coordinates, absolute and relative to the range's first cell.
@@ -578,29 +536,22 @@ TEST_F(ValueTest, ImplicitIntersection) {
 // ---- Ordering ----
 
 TEST_F(ValueTest, CompareOrdersAcrossKinds) {
-  struct TCase {
-    const char* pszName;
-    TValue a, b;
-    int nExpected;
-  };
+  // clang-format off
+  struct TCase { const char* pszName; TValue a, b; int nExpected; };
   const TCase kCases[] = {
       {"1 = next double", Num(1), Num(std::nextafter(1.0, 2.0)), 0},
       {"1 < 1+1e-14", Num(1), Num(1 + 1e-14), -1},
       {"1e20 = 1e20+1e4", Num(1e20), Num(1e20 + 1e4), 0},
-      {"empty = 1e-16", TValue(), Num(1e-16), 0},
-      {"empty < 2e-15", TValue(), Num(2e-15), -1},
-      {"-2e-15 < empty", Num(-2e-15), TValue(), -1},
-      {"abc = ABC", Txt(u"abc"), Txt(u"ABC"), 0},
-      {"a < b", Txt(u"a"), Txt(u"B"), -1},
-      {"empty text = empty", Txt(u""), TValue(), 0},
-      {"text > empty", Txt(u"a"), TValue(), 1},
-      {"5 < text 5", Num(5), Txt(u"5"), -1},
-      {"text < FALSE", Txt(u"5"), Logical(0), -1},
-      {"FALSE < TRUE", Logical(0), Logical(1), -1},
+      {"empty = 1e-16", TValue(), Num(1e-16), 0}, {"empty < 2e-15", TValue(), Num(2e-15), -1},
+      {"-2e-15 < empty", Num(-2e-15), TValue(), -1}, {"abc = ABC", Txt(u"abc"), Txt(u"ABC"), 0},
+      {"a < b", Txt(u"a"), Txt(u"B"), -1}, {"empty text = empty", Txt(u""), TValue(), 0},
+      {"text > empty", Txt(u"a"), TValue(), 1}, {"5 < text 5", Num(5), Txt(u"5"), -1},
+      {"text < FALSE", Txt(u"5"), Logical(0), -1}, {"FALSE < TRUE", Logical(0), Logical(1), -1},
       {"TRUE < #NULL!", Logical(1), Err(TValue::errNull), -1},
       {"#NULL! < #N/A", Err(TValue::errNull), Err(TValue::errNA), -1},
       {"empty < FALSE", TValue(), Logical(0), -1},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.pszName);
     EXPECT_EQ(c.nExpected, c.a.Compare(c.b));
@@ -617,23 +568,18 @@ TEST_F(ValueTest, CompareOrdersAcrossKinds) {
 }
 
 TEST_F(ValueTest, RkForm) {
-  struct TCase {
-    double r;
-    bool bHas;
-    unsigned nRK;
-  };
+  // clang-format off
+  struct TCase { double r; bool bHas; unsigned nRK; };
   constexpr TCase kCases[] = {
-      {1.0, true, 0x3FF00000},    // high word only
-      {-2.5, true, 0xC0040000},   // high word only
+      {1.0, true, 0x3FF00000},  // high word only
+      {-2.5, true, 0xC0040000},  // high word only
       {100.0, true, 0x40590000},  // high word only, before the integer form
-      {123456789.0, true, 123456789u << 2 | 2},
-      {536870911.0, true, 536870911u << 2 | 2},
+      {123456789.0, true, 123456789u << 2 | 2}, {536870911.0, true, 536870911u << 2 | 2},
       {536870912.0, true, 0x41C00000},  // 2^29: high word only
-      {536870913.0, false, 0},          // one past 30 signed bits, low word in use
-      {-536870912.0, true, 0xC1C00000},
-      {-536870913.0, false, 0},
-      {0.1, false, 0},
+      {536870913.0, false, 0},  // one past 30 signed bits, low word in use
+      {-536870912.0, true, 0xC1C00000}, {-536870913.0, false, 0}, {0.1, false, 0},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.r);
     TValue v;
@@ -644,21 +590,15 @@ TEST_F(ValueTest, RkForm) {
       EXPECT_EQ(c.nRK, static_cast<unsigned>(nRK));
     }
   }
-  TValue text;
-  text.SetValue(u"1");
-  EXPECT_FALSE(text.GetRK(nullptr));
+  EXPECT_FALSE(Txt(u"1").GetRK(nullptr));
 }
 
 // Number text is the General rule's (GeneralNumberTest covers it); -0 shows no sign.
 TEST_F(ValueTest, ValueText) {
-  for (double r : {-0.0, 1e15}) {
-    TValue v;
-    v.SetValue(r);
-    EXPECT_EQ(r == 0 ? u"0" : u"1E+15", Text(v)) << r;
-  }
+  EXPECT_EQ(u"0", Text(Num(-0.0)));
+  EXPECT_EQ(u"1E+15", Text(Num(1e15)));
+  EXPECT_EQ(u"#DIV/0!", Text(Err(TValue::errDiv0)));
   TValue v;
-  v.SetError(TValue::errDiv0);
-  EXPECT_EQ(u"#DIV/0!", Text(v));
   v.SetValue(u"truncate me");
   char16_t acBuf[5];
   EXPECT_EQ(4, v.GetValue(acBuf, 5));

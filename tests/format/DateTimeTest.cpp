@@ -54,12 +54,18 @@ double TimeFraction(int h, int mi, int s, int ms) {
   return (((h * 60.0 + mi) * 60 + s) * 1000 + ms) / 86400000.0;
 }
 
-void PinClock(int nYear, int nMonth, int nDay) {
+void PinClock(int nYear, int nMonth, int nDay, int nHour = 0, int nMinute = 0) {
   SYSTEMTIME now = {};
   now.wYear = static_cast<unsigned short>(nYear);
   now.wMonth = static_cast<unsigned short>(nMonth);
   now.wDay = static_cast<unsigned short>(nDay);
+  now.wHour = static_cast<unsigned short>(nHour);
+  now.wMinute = static_cast<unsigned short>(nMinute);
   SetClockOverride(&now);
+}
+
+void SetYmd(CDateTime& dt, int nYear, int nMonth, int nDay) {
+  dt.SetDate(static_cast<short>(nMonth), static_cast<short>(nDay), static_cast<short>(nYear));
 }
 
 class DateTimeTest : public ::testing::Test {
@@ -95,7 +101,7 @@ TEST_F(DateTimeTest, EveryDayMatchesCivilCalendar) {
       for (int d = 1; d <= nDays; ++d) {
         const double rSerial = CivilSerial(y, m, d);
         CDateTime dt;
-        dt.SetDate(static_cast<short>(m), static_cast<short>(d), static_cast<short>(y));
+        SetYmd(dt, y, m, d);
         ASSERT_EQ(1, dt.DateToNumber()) << y << "-" << m << "-" << d;
         ASSERT_EQ(rSerial, dt.GetDateTime()) << y << "-" << m << "-" << d;
         CDateTime back;
@@ -109,16 +115,15 @@ TEST_F(DateTimeTest, EveryDayMatchesCivilCalendar) {
   }
 }
 
-struct TSerialCase {
-  double rSerial;
-  int nYear, nMonth, nDay, nWeekday;
-};
+// clang-format off
+struct TSerialCase { double rSerial; int nYear, nMonth, nDay, nWeekday; };
 constexpr TSerialCase kSerialCases[] = {
-    {0, 1900, 1, 0, 7},            // 0 January 1900, a Saturday
-    {60, 1900, 2, 29, 4},          // the day that 1900 did not have
-    {2958465, 9999, 12, 31, 6},    // the last valid day
+    {0, 1900, 1, 0, 7},  // 0 January 1900, a Saturday
+    {60, 1900, 2, 29, 4},  // the day that 1900 did not have
+    {2958465, 9999, 12, 31, 6},  // the last valid day
     {0.999999995, 1900, 1, 1, 1},  // within half a millisecond of the next day
 };
+// clang-format on
 
 TEST_F(DateTimeTest, SerialEdgesReadAsCalendarFields) {
   for (const TSerialCase& c : kSerialCases) {
@@ -133,15 +138,14 @@ TEST_F(DateTimeTest, SerialEdgesReadAsCalendarFields) {
 
 TEST_F(DateTimeTest, ValidRange) {
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-  struct {
-    double rSerial;
-    bool bValid, bDateComponent, bTimeComponent;
-  } const kCases[] = {
-      {-1, false, false, false},      {-1e-12, false, false, false},  {0, true, false, false},
-      {0.5, true, false, true},       {1 - 1e-9, true, false, false},  // rounds to midnight
-      {1, true, true, false},         {1.25, true, true, true},       {2958465.5, true, true, true},
-      {2958466, false, false, false}, {kNaN, false, false, false},    {1e300, false, false, false},
+  // clang-format off
+  struct { double rSerial; bool bValid, bDateComponent, bTimeComponent; } const kCases[] = {
+      {-1, false, false, false}, {-1e-12, false, false, false}, {0, true, false, false},
+      {0.5, true, false, true}, {1 - 1e-9, true, false, false},  // rounds to midnight
+      {1, true, true, false}, {1.25, true, true, true}, {2958465.5, true, true, true},
+      {2958466, false, false, false}, {kNaN, false, false, false}, {1e300, false, false, false},
   };
+  // clang-format on
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.rSerial);
     EXPECT_EQ(c.bValid, CDateTime::IsValidDate(c.rSerial));
@@ -157,30 +161,26 @@ TEST_F(DateTimeTest, ValidRange) {
 }
 
 TEST_F(DateTimeTest, FieldsToSerialNormalizeAndRefuse) {
-  struct {
-    int nYear, nMonth, nDay;
-    int nResult;
-    double rSerial;
-  } const kCases[] = {
-      {1999, 13, 1, 1, 36526},                     // month 13 is January of the next year
-      {2000, 0, 1, 1, CivilSerial(1999, 12, 1)},   // month 0 is December before
-      {2000, -11, 1, 1, CivilSerial(1999, 1, 1)},  //
-      {2001, 3, 0, 1, CivilSerial(2001, 2, 28)},   // day 0 is the previous month's end
-      {2001, 2, 31, 1, CivilSerial(2001, 3, 3)},   // days count on
-      {1900, 1, 0, 1, 0},                          // serial 0
-      {9999, 12, 31, 1, 2958465},                  //
-      {9999, 12, 32, 0, 0},                        // past the calendar
-      {1900, 0, 1, 0, 0},                          // moves into 1899
-      {1899, 12, 31, 0, 0},                        //
-      {10000, 1, 1, 0, 0},                         //
-      {9999, 13, 1, 0, 0},                         // moves into 10000
-      {1900, 1, -1, 0, 0},                         // before serial 0
+  // clang-format off
+  struct { int nYear, nMonth, nDay; int nResult; double rSerial; } const kCases[] = {
+      {1999, 13, 1, 1, 36526},  // month 13 is January of the next year
+      {2000, 0, 1, 1, CivilSerial(1999, 12, 1)},  // month 0 is December before
+      {2000, -11, 1, 1, CivilSerial(1999, 1, 1)},
+      {2001, 3, 0, 1, CivilSerial(2001, 2, 28)},  // day 0 is the previous month's end
+      {2001, 2, 31, 1, CivilSerial(2001, 3, 3)},  // days count on
+      {1900, 1, 0, 1, 0},  // serial 0
+      {9999, 12, 31, 1, 2958465},
+      {9999, 12, 32, 0, 0},  // past the calendar
+      {1900, 0, 1, 0, 0},  // moves into 1899
+      {1899, 12, 31, 0, 0}, {10000, 1, 1, 0, 0},
+      {9999, 13, 1, 0, 0},  // moves into 10000
+      {1900, 1, -1, 0, 0},  // before serial 0
   };
+  // clang-format on
   for (const auto& c : kCases) {
     SCOPED_TRACE(Ymd(c.nYear, c.nMonth, c.nDay));
     CDateTime dt;
-    dt.SetDate(static_cast<short>(c.nMonth), static_cast<short>(c.nDay),
-               static_cast<short>(c.nYear));
+    SetYmd(dt, c.nYear, c.nMonth, c.nDay);
     EXPECT_EQ(c.nResult, dt.DateToNumber());
     if (c.nResult) {
       EXPECT_EQ(c.rSerial, dt.GetDateTime());
@@ -208,18 +208,15 @@ TEST_F(DateTimeTest, TimeFieldsToSerial) {
 }
 
 TEST_F(DateTimeTest, SerialToTime) {
-  struct {
-    double rSerial;
-    int nHour, nHour12, nMinute, nSecond, nMillisecond;
-  } const kCases[] = {
-      {0, 0, 12, 0, 0, 0},
-      {0.5, 12, 12, 0, 0, 0},
-      {0.75, 18, 6, 0, 0, 0},
+  // clang-format off
+  struct { double rSerial; int nHour, nHour12, nMinute, nSecond, nMillisecond; } const kCases[] = {
+      {0, 0, 12, 0, 0, 0}, {0.5, 12, 12, 0, 0, 0}, {0.75, 18, 6, 0, 0, 0},
       {TimeFraction(13, 0, 0, 0), 13, 1, 0, 0, 0},
       {36526 + TimeFraction(12, 34, 56, 789), 12, 12, 34, 56, 789},
       {TimeFraction(23, 59, 59, 999), 23, 11, 59, 59, 999},
       {TimeFraction(23, 59, 59, 999) + 0.6 / 86400000, 0, 12, 0, 0, 0},  // rounds to the next day
   };
+  // clang-format on
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.rSerial);
     CDateTime dt;
@@ -255,25 +252,21 @@ TEST_F(DateTimeTest, AddDateKeepsWithinTargetMonth) {
     int nAddYears, nAddMonths, nAddDays;
     int nResult, nOutYear, nOutMonth, nOutDay;
   } const kCases[] = {
-      {2001, 1, 31, 0, 1, 0, 1, 2001, 2, 28},   // 0 March, the end of February
-      {2000, 1, 31, 0, 1, 0, 1, 2000, 2, 29},   //
-      {2000, 2, 29, 1, 0, 0, 1, 2001, 2, 28},   //
-      {2001, 3, 31, 0, -1, 0, 1, 2001, 2, 28},  //
-      {2001, 1, 15, 0, 13, 0, 1, 2002, 2, 15},  //
+      {2001, 1, 31, 0, 1, 0, 1, 2001, 2, 28},  // 0 March, the end of February
+      {2000, 1, 31, 0, 1, 0, 1, 2000, 2, 29},  {2000, 2, 29, 1, 0, 0, 1, 2001, 2, 28},
+      {2001, 3, 31, 0, -1, 0, 1, 2001, 2, 28}, {2001, 1, 15, 0, 13, 0, 1, 2002, 2, 15},
       {2001, 12, 31, 0, 1, 0, 1, 2002, 1, 31},  // crossing the year
       {2001, 1, 31, 0, 1, 1, 1, 2001, 3, 4},    // a day amount carries through the serial
-      {2000, 3, 1, 0, 0, -1, 1, 2000, 2, 29},   //
-      {2001, 1, 1, 0, 0, 365, 1, 2002, 1, 1},   //
-      {9999, 12, 31, 0, 0, 1, 0, 0, 0, 0},      // past the calendar
-      {1900, 1, 1, 0, -1, 0, 0, 0, 0, 0},       // before it
-      {2000, 1, 1, 8000, 0, 0, 0, 0, 0, 0},     //
+      {2000, 3, 1, 0, 0, -1, 1, 2000, 2, 29},  {2001, 1, 1, 0, 0, 365, 1, 2002, 1, 1},
+      {9999, 12, 31, 0, 0, 1, 0, 0, 0, 0},  // past the calendar
+      {1900, 1, 1, 0, -1, 0, 0, 0, 0, 0},   // before it
+      {2000, 1, 1, 8000, 0, 0, 0, 0, 0, 0},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(testing::Message() << Ymd(c.nYear, c.nMonth, c.nDay) << " + " << c.nAddYears << "/"
                                     << c.nAddMonths << "/" << c.nAddDays);
     CDateTime dt;
-    dt.SetDate(static_cast<short>(c.nMonth), static_cast<short>(c.nDay),
-               static_cast<short>(c.nYear));
+    SetYmd(dt, c.nYear, c.nMonth, c.nDay);
     dt.SetTime(6, 0, 0, 0);
     ASSERT_EQ(c.nResult, dt.AddDate(c.nAddYears, c.nAddMonths, c.nAddDays));
     if (!c.nResult) continue;
@@ -296,28 +289,27 @@ TEST_F(DateTimeTest, RoundSecondsCarries) {
     int nDecimals;
     int nOutYear, nOutMonth, nOutDay, nOutHour, nOutMinute, nOutSecond, nOutMillisecond;
   } const kCases[] = {
-      {2001, 5, 5, 10, 20, 30, 499, 0, 2001, 5, 5, 10, 20, 30, 0},    // below half
-      {2001, 5, 5, 10, 20, 30, 500, 0, 2001, 5, 5, 10, 20, 31, 0},    // half rounds up
-      {2001, 5, 5, 10, 20, 30, 949, 1, 2001, 5, 5, 10, 20, 30, 900},  //
-      {2001, 5, 5, 10, 20, 30, 950, 1, 2001, 5, 5, 10, 20, 31, 0},    //
-      {2001, 5, 5, 10, 20, 30, 994, 2, 2001, 5, 5, 10, 20, 30, 990},  //
-      {2001, 5, 5, 10, 20, 30, 995, 2, 2001, 5, 5, 10, 20, 31, 0},    //
+      {2001, 5, 5, 10, 20, 30, 499, 0, 2001, 5, 5, 10, 20, 30, 0},  // below half
+      {2001, 5, 5, 10, 20, 30, 500, 0, 2001, 5, 5, 10, 20, 31, 0},  // half rounds up
+      {2001, 5, 5, 10, 20, 30, 949, 1, 2001, 5, 5, 10, 20, 30, 900},
+      {2001, 5, 5, 10, 20, 30, 950, 1, 2001, 5, 5, 10, 20, 31, 0},
+      {2001, 5, 5, 10, 20, 30, 994, 2, 2001, 5, 5, 10, 20, 30, 990},
+      {2001, 5, 5, 10, 20, 30, 995, 2, 2001, 5, 5, 10, 20, 31, 0},
       {2001, 5, 5, 10, 20, 30, 999, 3, 2001, 5, 5, 10, 20, 30, 999},  // 3 decimals: as is
       {2001, 5, 5, 10, 59, 59, 500, 0, 2001, 5, 5, 11, 0, 0, 0},      // into the hour
       {2001, 5, 5, 23, 59, 59, 500, 0, 2001, 5, 6, 0, 0, 0, 0},       // across midnight
       {2001, 4, 30, 23, 59, 59, 950, 1, 2001, 5, 1, 0, 0, 0, 0},      // month end
-      {2001, 2, 28, 23, 59, 59, 999, 2, 2001, 3, 1, 0, 0, 0, 0},      //
-      {2000, 2, 28, 23, 59, 59, 999, 2, 2000, 2, 29, 0, 0, 0, 0},     // leap year
-      {1900, 2, 28, 23, 59, 59, 999, 2, 1900, 2, 29, 0, 0, 0, 0},     // and 1900
-      {1999, 12, 31, 23, 59, 59, 500, 0, 2000, 1, 1, 0, 0, 0, 0},     // year end
+      {2001, 2, 28, 23, 59, 59, 999, 2, 2001, 3, 1, 0, 0, 0, 0},
+      {2000, 2, 28, 23, 59, 59, 999, 2, 2000, 2, 29, 0, 0, 0, 0},  // leap year
+      {1900, 2, 28, 23, 59, 59, 999, 2, 1900, 2, 29, 0, 0, 0, 0},  // and 1900
+      {1999, 12, 31, 23, 59, 59, 500, 0, 2000, 1, 1, 0, 0, 0, 0},  // year end
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(testing::Message()
                  << Ymd(c.nYear, c.nMonth, c.nDay) << " " << c.nHour << ":" << c.nMinute << ":"
                  << c.nSecond << "." << c.nMillisecond << " to " << c.nDecimals);
     CDateTime dt;
-    dt.SetDate(static_cast<short>(c.nMonth), static_cast<short>(c.nDay),
-               static_cast<short>(c.nYear));
+    SetYmd(dt, c.nYear, c.nMonth, c.nDay);
     dt.SetTime(static_cast<short>(c.nHour), static_cast<short>(c.nMinute),
                static_cast<short>(c.nSecond), static_cast<short>(c.nMillisecond));
     ASSERT_EQ(1, dt.DateTimeToNumber());
@@ -355,24 +347,22 @@ TEST_F(DateTimeTest, TotalsCountFromSerialZero) {
   EXPECT_EQ(61 * 86400 + 3723, leap.TotalSeconds());
 }
 
-struct TDays360Case {
-  int y1, m1, d1, y2, m2, d2;
-  int nUs, nEuropean;
-};
 // Expected values counted by hand on 30-day months.
+// clang-format off
+struct TDays360Case { int y1, m1, d1, y2, m2, d2; int nUs, nEuropean; };
 constexpr TDays360Case kDays360Cases[] = {
-    {2001, 1, 31, 2001, 3, 31, 60, 60},     //
-    {2001, 2, 28, 2001, 3, 31, 30, 32},     // US: the last of February counts as the 30th
-    {2000, 2, 29, 2000, 3, 31, 30, 31},     //
-    {2000, 2, 28, 2000, 3, 31, 33, 32},     // not the last day of a leap February
-    {2001, 1, 30, 2001, 3, 31, 60, 60},     //
-    {2001, 1, 15, 2001, 3, 31, 76, 75},     // US: the 31st becomes the 1st of April
-    {2001, 12, 15, 2001, 12, 31, 16, 15},   // ... and of January next year
-    {2011, 1, 30, 2011, 12, 31, 330, 330},  //
-    {2011, 1, 1, 2011, 12, 31, 360, 359},   //
-    {2001, 3, 31, 2001, 1, 31, -60, -60},   // backwards
-    {2001, 1, 1, 2002, 1, 1, 360, 360},     //
+    {2001, 1, 31, 2001, 3, 31, 60, 60},
+    {2001, 2, 28, 2001, 3, 31, 30, 32},  // US: the last of February counts as the 30th
+    {2000, 2, 29, 2000, 3, 31, 30, 31},
+    {2000, 2, 28, 2000, 3, 31, 33, 32},  // not the last day of a leap February
+    {2001, 1, 30, 2001, 3, 31, 60, 60},
+    {2001, 1, 15, 2001, 3, 31, 76, 75},  // US: the 31st becomes the 1st of April
+    {2001, 12, 15, 2001, 12, 31, 16, 15},  // ... and of January next year
+    {2011, 1, 30, 2011, 12, 31, 330, 330}, {2011, 1, 1, 2011, 12, 31, 360, 359},
+    {2001, 3, 31, 2001, 1, 31, -60, -60},  // backwards
+    {2001, 1, 1, 2002, 1, 1, 360, 360},
 };
+// clang-format on
 
 TEST_F(DateTimeTest, Days360UsAndEuropean) {
   for (const TDays360Case& c : kDays360Cases) {
@@ -384,32 +374,25 @@ TEST_F(DateTimeTest, Days360UsAndEuropean) {
 }
 
 TEST_F(DateTimeTest, YearPortionBases) {
-  struct {
-    int y1, m1, d1, y2, m2, d2, nBasis;
-    double rExpected;
-  } const kCases[] = {
+  // clang-format off
+  struct { int y1, m1, d1, y2, m2, d2, nBasis; double rExpected; } const kCases[] = {
       // 1 January to 30 July 2012, 211 days; 209 on 30-day months.
-      {2012, 1, 1, 2012, 7, 30, 0, 209.0 / 360},
-      {2012, 1, 1, 2012, 7, 30, 1, 211.0 / 366},
-      {2012, 1, 1, 2012, 7, 30, 2, 211.0 / 360},
-      {2012, 1, 1, 2012, 7, 30, 3, 211.0 / 365},
+      {2012, 1, 1, 2012, 7, 30, 0, 209.0 / 360}, {2012, 1, 1, 2012, 7, 30, 1, 211.0 / 366},
+      {2012, 1, 1, 2012, 7, 30, 2, 211.0 / 360}, {2012, 1, 1, 2012, 7, 30, 3, 211.0 / 365},
       {2012, 1, 1, 2012, 7, 30, 4, 209.0 / 360},
       // US 30/360: the last of February starts as the 30th; both ends on it count equal.
-      {2001, 2, 28, 2001, 3, 31, 0, 31.0 / 360},
-      {2000, 2, 29, 2001, 2, 28, 0, 1.0},
-      {2001, 1, 31, 2001, 3, 31, 0, 60.0 / 360},
-      {2001, 1, 30, 2001, 3, 31, 0, 60.0 / 360},
-      {2001, 1, 15, 2001, 3, 31, 0, 76.0 / 360},
-      {2001, 1, 15, 2001, 3, 31, 4, 75.0 / 360},
+      {2001, 2, 28, 2001, 3, 31, 0, 31.0 / 360}, {2000, 2, 29, 2001, 2, 28, 0, 1.0},
+      {2001, 1, 31, 2001, 3, 31, 0, 60.0 / 360}, {2001, 1, 30, 2001, 3, 31, 0, 60.0 / 360},
+      {2001, 1, 15, 2001, 3, 31, 0, 76.0 / 360}, {2001, 1, 15, 2001, 3, 31, 4, 75.0 / 360},
       // Actual/actual: up to a year apart, 366 only when a 29 February lies within.
-      {2003, 6, 1, 2004, 3, 1, 1, 274.0 / 366},
-      {2001, 6, 1, 2002, 3, 1, 1, 273.0 / 365},
+      {2003, 6, 1, 2004, 3, 1, 1, 274.0 / 366}, {2001, 6, 1, 2002, 3, 1, 1, 273.0 / 365},
       {2003, 6, 1, 2004, 2, 29, 1, 273.0 / 366},  // ends on the leap day
       {2001, 1, 1, 2001, 12, 31, 1, 364.0 / 365},
       // Longer spans: by the average of 2000, 2001 and 2002 (1096 days / 3).
       {2000, 1, 1, 2002, 1, 1, 1, 731.0 / (1096.0 / 3)},
       {2002, 1, 1, 2000, 1, 1, 1, 731.0 / (1096.0 / 3)},  // order does not matter
   };
+  // clang-format on
   for (const auto& c : kCases) {
     SCOPED_TRACE(Ymd(c.y1, c.m1, c.d1) + " to " + Ymd(c.y2, c.m2, c.d2) + " basis " +
                  std::to_string(c.nBasis));
@@ -445,29 +428,19 @@ TEST_F(DateTimeTest, JapaneseEras) {
     const int nEra = CDateTime::GetEraIndex(c.nMonth, c.nDay, c.nYear);
     EXPECT_EQ(c.nEra, nEra);
     EXPECT_EQ(c.nEraYear, CDateTime::GetEraYear(nEra, c.nYear));
-    const char16_t* pwszLong = CDateTime::GetEraLongName(nEra);
-    const char16_t* pwszShort = CDateTime::GetEraShortName(nEra);
-    EXPECT_EQ(c.pwszLong == nullptr ? std::u16string(u"-") : std::u16string(c.pwszLong),
-              pwszLong == nullptr ? std::u16string(u"-") : std::u16string(pwszLong));
-    EXPECT_EQ(c.pwszShort == nullptr ? std::u16string(u"-") : std::u16string(c.pwszShort),
-              pwszShort == nullptr ? std::u16string(u"-") : std::u16string(pwszShort));
+    auto OrDash = [](const char16_t* p) { return std::u16string(p != nullptr ? p : u"-"); };
+    EXPECT_EQ(OrDash(c.pwszLong), OrDash(CDateTime::GetEraLongName(nEra)));
+    EXPECT_EQ(OrDash(c.pwszShort), OrDash(CDateTime::GetEraShortName(nEra)));
   }
   EXPECT_EQ(nullptr, CDateTime::GetEraLongName(5));
 }
 
 TEST_F(DateTimeTest, CurrentDateTimeFromClock) {
-  SYSTEMTIME now = {};
-  now.wYear = 2021;
-  now.wMonth = 6;
-  now.wDay = 15;
-  now.wHour = 18;
-  now.wMinute = 30;
-  SetClockOverride(&now);
+  PinClock(2021, 6, 15, 18, 30);
   EXPECT_DOUBLE_EQ(CivilSerial(2021, 6, 15) + TimeFraction(18, 30, 0, 0),
                    CDateTime::GetCurrentDateTime());
   EXPECT_EQ(CivilSerial(2021, 6, 15), CDateTime::GetCurrentDate());
-  now.wYear = 1899;
-  SetClockOverride(&now);
+  PinClock(1899, 6, 15, 18, 30);
   EXPECT_EQ(0, CDateTime::GetCurrentDateTime());
 }
 
@@ -476,13 +449,12 @@ TEST_F(DateTimeTest, CurrentDateTimeFromClock) {
 // near miss that nothing reads. Year 0 stands for the current year; hours are on the
 // 24-hour clock; elapsed times carry no date.
 
+// clang-format off
 struct TTextCase {
-  int nPattern;
-  const char16_t* pwszGood;
-  int nYear, nMonth, nDay, nHour, nMinute, nSecond, nMillisecond;
-  int nFormat;
-  const char16_t* pwszBad;
+  int nPattern; const char16_t* pwszGood;
+  int nYear, nMonth, nDay, nHour, nMinute, nSecond, nMillisecond; int nFormat; const char16_t* pwszBad;
 };
+// clang-format on
 
 constexpr int kPinnedYear = 2021;
 
@@ -615,13 +587,14 @@ TEST_F(DateTimeTest, FourDigitYearFirstInEveryLocale) {
     const char16_t* pwszText;
     int nMonth, nDay, nHour, nMinute, nFormat;
   };
+  // clang-format off
   constexpr TIsoCase kCases[] = {
       {"en-US", 1, u"2024-03-01", 3, 1, 0, 0, 14},
       {"en-US", 1, u"2024/3/1 12:30", 3, 1, 12, 30, 22},
-      {"en-US", 0, u" 2024-12-31 ", 12, 31, 0, 0, 14},
-      {"de-DE", 0, u"2024-03-01", 3, 1, 0, 0, 14},
+      {"en-US", 0, u" 2024-12-31 ", 12, 31, 0, 0, 14}, {"de-DE", 0, u"2024-03-01", 3, 1, 0, 0, 14},
       {"de-DE", 2, u"2024-02-29", 2, 29, 0, 0, 14},  // leap day
   };
+  // clang-format on
   for (const TIsoCase& c : kCases) {
     SCOPED_TRACE(testing::Message() << c.pszLocale << " " << c.nParseType);
     ASSERT_TRUE(SetLocale(c.pszLocale));

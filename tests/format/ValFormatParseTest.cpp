@@ -25,6 +25,7 @@ struct TSectionCase {
   std::vector<unsigned short> tokens;  // without the end code; empty: not checked
 };
 
+// clang-format off
 const TSectionCase kSectionCases[] = {
     {u"0.00", S::ftNumber, S::opOtherwise, 0, {1, 2, 0}, {0, 1, 0}, {1, 0, 4, 1, 1, 1, 1}},
     {u"#,##0", S::ftNumber, S::opOtherwise, 0, {4, 0, 0}, {2, 0, 0}, {2, 0, 2, 0, 2, 0, 1, 0}},
@@ -34,13 +35,7 @@ const TSectionCase kSectionCases[] = {
     {u"0%%", S::ftPercent, S::opOtherwise, -2, {1, 0, 0}, {0, 0, 0}, {1, 0, 7, 43, u'%'}},
     {u"0.00E+00", S::ftScientific, S::opOtherwise, 0, {1, 2, 2}, {0, 1, 0}, {}},
     {u"0.0e-0", S::ftScientific, S::opOtherwise, 0, {1, 1, 1}, {0, 1, 0}, {}},
-    {u"# ?/16",
-     S::ftFraction,
-     S::opOtherwise,
-     0,
-     {1, 1, 2},
-     {0, 0, 0},
-     {2, 0, 43, u' ', 3, 1, 8, 3, 2, 3, 2}},
+    {u"# ?/16", S::ftFraction, S::opOtherwise, 0, {1, 1, 2}, {0, 0, 0}, {2, 0, 43, u' ', 3, 1, 8, 3, 2, 3, 2}},
     {u"# ?\?/?\?", S::ftFraction, S::opOtherwise, 0, {1, 2, 2}, {0, 0, 1}, {}},
     {u"h:mm", S::ftTime, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0}, {30, 0, 49, 31}},
     {u"mm/dd", S::ftDate, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0}, {12, 48, 18}},
@@ -61,6 +56,7 @@ const TSectionCase kSectionCases[] = {
     {u"dddd mmmm", S::ftDate, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0}, {15, 43, u' ', 10}},
     {u"", S::ftNumber, S::opOtherwise, 0, {0, 0, 0}, {0, 0, 0}, {}},
 };
+// clang-format on
 
 TEST(ValFormatParse, SectionSummaryAndTokens) {
   for (const TSectionCase& c : kSectionCases) {
@@ -108,19 +104,16 @@ struct TImplicitCase {
   const char* pszSections[4];
 };
 
+// clang-format off
 const TImplicitCase kImplicitCases[] = {
-    {u"0", {"*N", "-U", "-U", "-U"}},
-    {u"0;-0", {">=N", "<N", "-U", "-U"}},
-    {u"[>100]0", {">N", "*G", "-U", "-U"}},
-    {u"0;[<0]0", {">N", "<N", "*G", "-U"}},
-    {u"[>=0]0;0", {">=N", "<N", "-U", "-U"}},
-    {u"[=0]0;0", {"=N", "*N", "-U", "-U"}},
-    {u"[>1]0;[<-1]0", {">N", "<N", "*G", "-U"}},
-    {u"0;0;@", {">=N", "<N", "*T", "-U"}},
-    {u"0;0;0", {">N", "<N", "*N", "-U"}},
-    {u"0;0;0;@", {">N", "<N", "*N", "*T"}},
+    {u"0", {"*N", "-U", "-U", "-U"}}, {u"0;-0", {">=N", "<N", "-U", "-U"}},
+    {u"[>100]0", {">N", "*G", "-U", "-U"}}, {u"0;[<0]0", {">N", "<N", "*G", "-U"}},
+    {u"[>=0]0;0", {">=N", "<N", "-U", "-U"}}, {u"[=0]0;0", {"=N", "*N", "-U", "-U"}},
+    {u"[>1]0;[<-1]0", {">N", "<N", "*G", "-U"}}, {u"0;0;@", {">=N", "<N", "*T", "-U"}},
+    {u"0;0;0", {">N", "<N", "*N", "-U"}}, {u"0;0;0;@", {">N", "<N", "*N", "*T"}},
     {u";;;", {">N", "<N", "*N", "*T"}},
 };
+// clang-format on
 
 std::string Describe(const S& section) {
   static const char* const kOperators[] = {"<=", ">=", "<>", "<", "=", ">", "*", "-"};
@@ -186,24 +179,13 @@ TEST(ValFormatParse, FailuresReportTheirPosition) {
 }
 
 TEST(ValFormatParse, UnparseRoundTrip) {
-  const char16_t* apwsz[] = {u"0.00",
-                             u"#,##0",
-                             u"#,##0.00_);[Red]\\(#,##0.00\\)",
-                             u"0.0,,",
-                             u"0%",
-                             u"0.00E+00",
-                             u"##0.0e-0",
-                             u"# ?/16",
-                             u"# ?\?/?\?",
-                             u"[h]:mm:ss.00",
-                             u"yyyy-mm-dd hh:mm:ss AM/PM",
-                             u"[$\u20AC-407]#,##0.00",
-                             u"[Color12][>=100]\"big\"* 0;[Blue]0",
-                             u"_-* #,##0_-;-@",
-                             u"dddd, mmmm d, yyyy",
-                             u"General;-General",
-                             u"mm:ss.0",
-                             u"0;0;0;\"t\"@"};
+  // clang-format off
+  const char16_t* apwsz[] = {
+      u"0.00", u"#,##0", u"#,##0.00_);[Red]\\(#,##0.00\\)", u"0.0,,", u"0%", u"0.00E+00",
+      u"##0.0e-0", u"# ?/16", u"# ?\?/?\?", u"[h]:mm:ss.00", u"yyyy-mm-dd hh:mm:ss AM/PM",
+      u"[$\u20AC-407]#,##0.00", u"[Color12][>=100]\"big\"* 0;[Blue]0", u"_-* #,##0_-;-@",
+      u"dddd, mmmm d, yyyy", u"General;-General", u"mm:ss.0", u"0;0;0;\"t\"@"};
+  // clang-format on
   for (const char16_t* pwsz : apwsz) {
     SCOPED_TRACE(Narrow(pwsz));
     CValFormat a, b;

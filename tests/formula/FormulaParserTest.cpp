@@ -45,54 +45,38 @@ std::string Added(CFormulaParser& parser) {
   return Hex(parser.GetAddedData(), parser.GetAddedDataLen());
 }
 
-struct TBytesCase {
-  const char* pszText;
-  const char* pszTokens;
-};
-
 // Cell formulas, base A1. Column words: bit 14 column relative, bit 15 row relative.
+// clang-format off
+struct TBytesCase { const char* pszText; const char* pszTokens; };
 constexpr TBytesCase kCellCases[] = {
     {"0", "1E 00 00"},
-    {"65535", "1E FF FF"},                    // largest tInt
+    {"65535", "1E FF FF"},  // largest tInt
     {"65536", "1F 00 00 00 00 00 00 F0 40"},  // one past: tNum
     {"1.5", "1F 00 00 00 00 00 00 F8 3F"},
     {"1E3", "1E E8 03"},  // exact integer
-    {".5", "1F 00 00 00 00 00 00 E0 3F"},
-    {"A1", "24 00 00 00 C0"},
-    {"$B$3", "24 02 00 01 00"},
-    {"B$3", "24 02 00 01 40"},
-    {"$B3", "24 02 00 01 80"},
-    {"A1:$C$4", "25 00 00 03 00 00 C0 02 00"},
-    {"A:A", "25 00 00 FF FF 00 40 00 40"},    // whole column: the rows fixed
+    {".5", "1F 00 00 00 00 00 00 E0 3F"}, {"A1", "24 00 00 00 C0"}, {"$B$3", "24 02 00 01 00"},
+    {"B$3", "24 02 00 01 40"}, {"$B3", "24 02 00 01 80"}, {"A1:$C$4", "25 00 00 03 00 00 C0 02 00"},
+    {"A:A", "25 00 00 FF FF 00 40 00 40"},  // whole column: the rows fixed
     {"$5:$5", "25 04 00 04 00 00 00 FF 00"},  // whole row: the columns fixed
-    {"$3:2", "25 01 00 02 00 00 80 FF 00"},   // ends swapped, each "$" with its row
-    {"1:65536", "25 00 00 FF FF 00 80 FF 80"},
-    {"Sheet2!1:1", "3B 00 00 00 00 00 00 00 80 FF 80"},
+    {"$3:2", "25 01 00 02 00 00 80 FF 00"},  // ends swapped, each "$" with its row
+    {"1:65536", "25 00 00 FF FF 00 80 FF 80"}, {"Sheet2!1:1", "3B 00 00 00 00 00 00 00 80 FF 80"},
     {"A1+1", "44 00 00 00 C0 1E 01 00 03"},
-    {"A1 B1", "24 00 00 00 C0 24 00 00 01 C0 0F"},    // space is intersection
+    {"A1 B1", "24 00 00 00 C0 24 00 00 01 C0 0F"},  // space is intersection
     {"A1 + B1", "44 00 00 00 C0 44 00 00 01 C0 03"},  // spaces around an operator
-    {"-2^2", "1E 02 00 13 1E 02 00 07"},              // (-2)^2
-    {"2^3^2", "1E 02 00 1E 03 00 07 1E 02 00 07"},    // left-associative
+    {"-2^2", "1E 02 00 13 1E 02 00 07"},  // (-2)^2
+    {"2^3^2", "1E 02 00 1E 03 00 07 1E 02 00 07"},  // left-associative
     {"1+2*3", "1E 01 00 1E 02 00 1E 03 00 05 03"},
     {"1<=2", "1E 01 00 1E 02 00 0A"},  // longest operator wins
-    {"1<>2", "1E 01 00 1E 02 00 0E"},
-    {"50%", "1E 32 00 14"},
+    {"1<>2", "1E 01 00 1E 02 00 0E"}, {"50%", "1E 32 00 14"},
     {"\"a\"\"b\"", "17 03 61 00 22 00 62 00"},  // doubled quote stored once
-    {"\"\"", "17 00"},
-    {"TRUE", "1D 01"},
-    {"false", "1D 00"},
-    {"#N/A", "1C 2A"},
-    {"#div/0!", "1C 07"},
-    {"(1)", "1E 01 00 15"},
+    {"\"\"", "17 00"}, {"TRUE", "1D 01"}, {"false", "1D 00"}, {"#N/A", "1C 2A"},
+    {"#div/0!", "1C 07"}, {"(1)", "1E 01 00 15"},
     {"SUM(A1)", "24 00 00 00 C0 19 10 00 00"},  // one-argument SUM
-    {"SUM(A1,B1)", "24 00 00 00 C0 24 00 00 01 C0 42 02 04 00"},
-    {"SUM()", "42 00 04 00"},
+    {"SUM(A1,B1)", "24 00 00 00 C0 24 00 00 01 C0 42 02 04 00"}, {"SUM()", "42 00 04 00"},
     {"sum ( 1 )", "1E 01 00 19 10 00 00"},
     {"ROUND(1.5,0)", "1F 00 00 00 00 00 00 F8 3F 1E 00 00 41 1B 00"},
     {"ROUND(A1,)", "44 00 00 00 C0 16 41 1B 00"},  // empty argument
-    {"PI()", "41 13 00"},
-    {"TRUE()", "41 22 00"},
-    {"Tax*2", "43 01 00 00 00 1E 02 00 05"},
+    {"PI()", "41 13 00"}, {"TRUE()", "41 22 00"}, {"Tax*2", "43 01 00 00 00 1E 02 00 05"},
     {"Rate", "23 02 00 00 00"},
     // IF: the condition's jump reaches behind the next tAttr; skips reach behind the
     // function token, minus 1.
@@ -105,18 +89,17 @@ constexpr TBytesCase kCellCases[] = {
      "1E 02 00 19 04 02 00 06 00 0D 00 14 00 1E 0A 00 19 08 0A 00 1E 14 00 19 08 03 00 42 03 64 "
      "00"},
     {"NOW()", "19 01 00 00 41 4A 00"},  // volatile prefix kept
-    {"{1}", "60 00 00 00 00 00 00 00"},
-    {"SUM({1,2})", "60 00 00 00 00 00 00 00 19 10 00 00"},
+    {"{1}", "60 00 00 00 00 00 00 00"}, {"SUM({1,2})", "60 00 00 00 00 00 00 00 19 10 00 00"},
     {"ABS({1,2})", "40 00 00 00 00 00 00 00 41 18 00"},
     {"'My ''Sheet'''!A1", "3A 00 00 00 00 00 C0"},
     {"Sheet2!$A$1:B2", "3B 00 00 00 00 01 00 00 00 01 C0"},
-    {"Sheet1:Sheet2!A1", "3A 00 00 00 00 00 C0"},
-    {"[Book.xls]Data!A1", "3A 00 00 00 00 00 C0"},
+    {"Sheet1:Sheet2!A1", "3A 00 00 00 00 00 C0"}, {"[Book.xls]Data!A1", "3A 00 00 00 00 00 C0"},
     {"SUM((A1,B1))", "26 00 00 00 00 0C 00 24 00 00 00 C0 24 00 00 01 C0 10 15 19 10 00 00"},
     {"SUM(A1:OFFSET(A1,1,1))",  // volatile, and a function result in a reference argument
      "19 01 00 00 29 15 00 24 00 00 00 C0 24 00 00 00 C0 1E 01 00 1E 01 00 22 03 4E 00 11 19 10 00 "
      "00"},
 };
+// clang-format on
 
 TEST(FormulaParser, CellFormulaBytes) {
   for (const TBytesCase& c : kCellCases) {
@@ -126,10 +109,8 @@ TEST(FormulaParser, CellFormulaBytes) {
   }
 }
 
-struct TAddedCase {
-  const char* pszText;
-  const char* pszAdded;
-};
+// clang-format off
+struct TAddedCase { const char* pszText; const char* pszAdded; };
 constexpr TAddedCase kAddedCases[] = {
     // columns - 1, rows - 1 (word), then type byte and payload per item
     {"{1}", "00 00 00 01 00 00 00 00 00 00 F0 3F"},
@@ -142,6 +123,7 @@ constexpr TAddedCase kAddedCases[] = {
     {"SUM((A1,B1))", "02 00 00 00 00 00 00 00 00 00 00 00 00 00 01 00 01 00"},
     {"SUM((A1:C3 B2:D4))", "01 00 01 00 02 00 01 00 02 00"},
 };
+// clang-format on
 
 TEST(FormulaParser, AddedDataBytes) {
   for (const TAddedCase& c : kAddedCases) {
@@ -176,6 +158,7 @@ TEST(FormulaParser, OffsetTypesStoreDistances) {
     const char* pszText;
     const char* pszTokens;
   };
+  // clang-format off
   const TCase kCases[] = {
       {10, 5, FB::ftShared, "A1", "2C F6 FF FB C0"},  // -10 rows, -5 columns
       {10, 5, FB::ftShared, "A$1", "2C 00 00 FB 40"},
@@ -184,9 +167,10 @@ TEST(FormulaParser, OffsetTypesStoreDistances) {
       {65535, 255, FB::ftShared, "A1", "2C 01 00 01 C0"},  // wraps past the last row
       {0, 0, FB::ftShared, "IV65536", "2C FF FF FF C0"},
       {0, 0, FB::ftCell, "IV65536", "24 FF FF FF C0"},
-      {2, 2, FB::ftName, "A1", "3A 00 00 FE FF FE C0"},     // names: 3-D and offsets
+      {2, 2, FB::ftName, "A1", "3A 00 00 FE FF FE C0"},  // names: 3-D and offsets
       {0, 0, FB::ftChart, "$B$2", "3A 00 00 01 00 01 00"},  // 3-D, absolute coordinates
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.pszText);
     CModelParser parser(TCell(c.nRow, c.nCol));
@@ -209,35 +193,31 @@ struct TErrorCase {
   int nError;
   int nPos;
   int nResult;
-  FB::EFormulaType type;
+  FB::EFormulaType type = FB::ftCell;
 };
+// clang-format off
 constexpr TErrorCase kErrorCases[] = {
-    {"", 1, 0, 4, FB::ftCell},    // nothing to parse
-    {"1+", 1, 2, 4, FB::ftCell},  // no element behind the operator
-    {")", 1, 0, 4, FB::ftCell},
-    {"A1)", 1, 2, 4, FB::ftCell},  // unmatched ")"
-    {"1 2 +", 1, 5, 4, FB::ftCell},
-    {"SUM(1+,2)", 1, 6, 4, FB::ftCell},  // separator directly behind an operator
-    {"{1,2;3}", 1, 6, 4, FB::ftCell},    // ragged rows
-    {"{{1}}", 1, 1, 4, FB::ftCell},      // array in an array
-    {"{A1}", 1, 1, 4, FB::ftCell},
-    {"Nowhere", 1, 0, 4, FB::ftCell},           // unknown name, not created
-    {"Sheet1:Sheet9!A1", 1, 0, 4, FB::ftCell},  // no such last sheet
-    {"'*x'!A1", 1, 0, 4, FB::ftCell},           // not a sheet, and no file name
-    {"1E999", 1, 0, 4, FB::ftCell},             // not finite
-    {"(1", 2, 2, 4, FB::ftCell},
-    {"IF(1,2", 2, 6, 4, FB::ftCell},  // enough arguments, no ")"
-    {"SUM(1", 2, 5, 4, FB::ftCell},
-    {"FOO(1)", 3, 0, 4, FB::ftCell},
-    {"ROUND(1)", 4, 7, 4, FB::ftCell},
-    {"\"abc", 5, 0, 4, FB::ftCell},
-    {"ROUND(1,", 7, 8, 113, FB::ftCell},
-    {"MID(1 2", 7, 7, 113, FB::ftCell},
-    {"PI(1)", 8, 3, 114, FB::ftCell},
-    {"IF(1,2,3,4)", 8, 9, 114, FB::ftCell},
-    {"Sheet2!A1", 10, 0, 4, FB::ftShared},
+    {"", 1, 0, 4},  // nothing to parse
+    {"1+", 1, 2, 4},  // no element behind the operator
+    {")", 1, 0, 4},
+    {"A1)", 1, 2, 4},  // unmatched ")"
+    {"1 2 +", 1, 5, 4},
+    {"SUM(1+,2)", 1, 6, 4},  // separator directly behind an operator
+    {"{1,2;3}", 1, 6, 4},  // ragged rows
+    {"{{1}}", 1, 1, 4},  // array in an array
+    {"{A1}", 1, 1, 4},
+    {"Nowhere", 1, 0, 4},  // unknown name, not created
+    {"Sheet1:Sheet9!A1", 1, 0, 4},  // no such last sheet
+    {"'*x'!A1", 1, 0, 4},  // not a sheet, and no file name
+    {"1E999", 1, 0, 4},  // not finite
+    {"(1", 2, 2, 4},
+    {"IF(1,2", 2, 6, 4},  // enough arguments, no ")"
+    {"SUM(1", 2, 5, 4}, {"FOO(1)", 3, 0, 4}, {"ROUND(1)", 4, 7, 4}, {"\"abc", 5, 0, 4},
+    {"ROUND(1,", 7, 8, 113}, {"MID(1 2", 7, 7, 113}, {"PI(1)", 8, 3, 114},
+    {"IF(1,2,3,4)", 8, 9, 114}, {"Sheet2!A1", 10, 0, 4, FB::ftShared},
     {"1+[B.xls]Sheet1!Total", 10, 2, 4, FB::ftCondFormat},
 };
+// clang-format on
 
 TEST(FormulaParser, ErrorCodesAndPositions) {
   for (const TErrorCase& c : kErrorCases) {

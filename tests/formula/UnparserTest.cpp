@@ -16,19 +16,14 @@ namespace {
 using U = CUnparserRCUtilBase;
 
 TEST(UnparserQuotes, NeedsQuotes) {
-  struct TCase {
-    const char16_t* pwszName;
-    bool bQuotes;
-  };
+  // clang-format off
+  struct TCase { const char16_t* pwszName; bool bQuotes; };
   const TCase kCases[] = {
       {u"Sheet1", false},
-      {u"Sales_2.v", false},       // letters, digits, "_" and "." only
+      {u"Sales_2.v", false},  // letters, digits, "_" and "." only
       {u"\u00dcbersicht", false},  // a letter outside ASCII
-      {u"Q1 Data", true},
-      {u"Bob's", true},
-      {u"a-b", true},
-      {u"a!b", true},
-      {u"", true},      // "!A1" would not read
+      {u"Q1 Data", true}, {u"Bob's", true}, {u"a-b", true}, {u"a!b", true},
+      {u"", true},  // "!A1" would not read
       {u"2024", true},  // would read as a number
       {u".5x", true},
       {u"B7", true},  // would read as a cell
@@ -36,13 +31,10 @@ TEST(UnparserQuotes, NeedsQuotes) {
       {u"IW1", false},  // past the last column: not a cell
       {u"A65537", false},
       {u"R2C3", true},  // R1C1 cells
-      {u"rc", true},
-      {u"C12", true},
-      {u"R1C1x", false},
-      {u"true", true},
-      {u"FALSE", true},
+      {u"rc", true}, {u"C12", true}, {u"R1C1x", false}, {u"true", true}, {u"FALSE", true},
       {u"TRUTH", false},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszName));
     EXPECT_EQ(c.bQuotes, U::NeedsQuotes(c.pwszName));
@@ -56,11 +48,10 @@ TEST(UnparserQuotes, PrefixesQuoteTheWholePrefixAndDoubleApostrophes) {
     const char16_t* pwszSheet2;
     const char16_t* pwszExpected;
   };
+  // clang-format off
   const TCase kCases[] = {
-      {nullptr, u"Sheet1", nullptr, u"Sheet1!"},
-      {nullptr, u"Q1 Data", nullptr, u"'Q1 Data'!"},
-      {nullptr, u"Sales_2.v", nullptr, u"Sales_2.v!"},
-      {nullptr, u"Bob's", nullptr, u"'Bob''s'!"},
+      {nullptr, u"Sheet1", nullptr, u"Sheet1!"}, {nullptr, u"Q1 Data", nullptr, u"'Q1 Data'!"},
+      {nullptr, u"Sales_2.v", nullptr, u"Sales_2.v!"}, {nullptr, u"Bob's", nullptr, u"'Bob''s'!"},
       {nullptr, u"x\uFF07y", nullptr, u"'x\uFF07\uFF07y'!"},  // full-width apostrophe
       {nullptr, u"Sheet1", u"Sheet3", u"Sheet1:Sheet3!"},
       {nullptr, u"Sheet1", u"Q1 Data", u"'Sheet1:Q1 Data'!"},  // either sheet quotes all
@@ -70,6 +61,7 @@ TEST(UnparserQuotes, PrefixesQuoteTheWholePrefixAndDoubleApostrophes) {
       {u"Book2.xls", nullptr, nullptr, u"Book2.xls!"},  // a book alone: no brackets
       {u"C:\\x\\a b.xls", nullptr, nullptr, u"'C:\\x\\a b.xls'!"},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszExpected));
     std::u16string s;
@@ -84,23 +76,16 @@ TEST(UnparserQuotes, PrefixesQuoteTheWholePrefixAndDoubleApostrophes) {
 }
 
 TEST(UnparserNumbers, FifteenDigitsUnlessTheValueNeedsMore) {
-  struct TCase {
-    double r;
-    char16_t cDecimal;
-    const char16_t* pwszExpected;
-  };
+  // clang-format off
+  struct TCase { double r; char16_t cDecimal; const char16_t* pwszExpected; };
   const TCase kCases[] = {
-      {0.5, u'.', u"0.5"},
-      {0.5, u',', u"0,5"},
-      {1e20, u'.', u"1E+20"},
-      {1.5e-12, u'.', u"1.5E-12"},
-      {123456789012345.0, u'.', u"123456789012345"},    // 15 digits, exact
+      {0.5, u'.', u"0.5"}, {0.5, u',', u"0,5"}, {1e20, u'.', u"1E+20"}, {1.5e-12, u'.', u"1.5E-12"},
+      {123456789012345.0, u'.', u"123456789012345"},  // 15 digits, exact
       {1234567890123456.0, u'.', u"1234567890123456"},  // 16 digits needed
-      {0.1 + 0.2, u'.', u"0.30000000000000004"},        // 17 digits needed
-      {-2.25, u'.', u"-2.25"},
-      {-0.0, u'.', u"-0"},
-      {65536, u'.', u"65536"},
+      {0.1 + 0.2, u'.', u"0.30000000000000004"},  // 17 digits needed
+      {-2.25, u'.', u"-2.25"}, {-0.0, u'.', u"-0"}, {65536, u'.', u"65536"},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszExpected));
     std::u16string s;
@@ -206,20 +191,16 @@ TEST_F(UnparserStreams, FailuresReplaceTheWholeText) {
   EXPECT_FALSE(m_bLastOk);
   const std::u16string sFailure = CFormulaUnparserBase::GetUnparserFailure();
   ASSERT_FALSE(sFailure.empty());
-  struct TCase {
-    std::vector<unsigned char> tokens;
-    const char* pszWhy;
-  };
+  // clang-format off
+  struct TCase { std::vector<unsigned char> tokens; const char* pszWhy; };
   const TCase kCases[] = {
-      {{0x01, 0, 0, 0, 0}, "tExp is no formula token"},
-      {{0x1E, 1}, "operand cut off"},
-      {{0x03}, "operator without operands"},
-      {{0x1E, 1, 0, 0x1E, 2, 0}, "two operands left"},
-      {{0x17, 9, 'a', 0}, "string longer than the stream"},
-      {{0x80}, "invalid code"},
+      {{0x01, 0, 0, 0, 0}, "tExp is no formula token"}, {{0x1E, 1}, "operand cut off"},
+      {{0x03}, "operator without operands"}, {{0x1E, 1, 0, 0x1E, 2, 0}, "two operands left"},
+      {{0x17, 9, 'a', 0}, "string longer than the stream"}, {{0x80}, "invalid code"},
       {{0x20, 0, 0, 0, 0, 0, 0, 0}, "array without added data"},
       {{0x42, 2, 4, 0}, "SUM with two arguments but none on the stack"},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.pszWhy);
     EXPECT_EQ(sFailure, Unparse(c.tokens));

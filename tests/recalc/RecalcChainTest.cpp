@@ -56,12 +56,22 @@ class RecalcTest : public ::testing::Test {
     else
       ASSERT_EQ(0, Sheet(pBook)->SetNumber(at, std::stod(text)));
   }
+  static void Set(CBookBase* pBook,
+                  std::initializer_list<std::pair<const char*, const char*>> cells) {
+    for (const auto& [pszCell, pszText] : cells) Set(pBook, pszCell, pszText);
+  }
   static double Num(CBookBase* pBook, int nRow, int nCol) {
     TValue value;
     Sheet(pBook)->GetValue(nRow, nCol, &value);
     double r = -12345;
     if (value.GetValType() == TValue::vtReal) value.GetValue(r);
     return r;
+  }
+  // The numbers in row nRow, columns A onwards.
+  static std::vector<double> Nums(CBookBase* pBook, int nRow, int nCols) {
+    std::vector<double> values;
+    for (int c = 0; c < nCols; c++) values.push_back(Num(pBook, nRow, c));
+    return values;
   }
   // The reference: every formula evaluated again and again, in position order and
   // without any chain, until a whole pass changes nothing.
@@ -107,23 +117,15 @@ TEST_F(RecalcTest, OrderMatchesNaiveEvaluation) {
       for (int r = 0; r < kRows; r++) {
         if (rng() % 5 == 0) continue;  // holes
         auto Ref = [&] { return A1(static_cast<int>(rng() % kRows), static_cast<int>(rng() % c)); };
+        const unsigned nShape = rng() % 4;
         std::string f;
-        switch (rng() % 4) {
-          case 0:
-            f = "=" + Ref() + "+" + Ref();
-            break;
-          case 1:
-            f = "=" + Ref() + "*2-" + Ref();
-            break;
-          case 2: {
-            const int nCol = static_cast<int>(rng() % c);
-            const int r1 = static_cast<int>(rng() % kRows), r2 = static_cast<int>(rng() % kRows);
-            f = "=SUM(" + A1(std::min(r1, r2), nCol) + ":" + A1(std::max(r1, r2), nCol) + ")+1";
-            break;
-          }
-          default:
-            f = "=MAX(" + Ref() + "," + Ref() + ")-" + Ref();
-            break;
+        if (nShape == 0) f = "=" + Ref() + "+" + Ref();
+        if (nShape == 1) f = "=" + Ref() + "*2-" + Ref();
+        if (nShape == 3) f = "=MAX(" + Ref() + "," + Ref() + ")-" + Ref();
+        if (nShape == 2) {
+          const int nCol = static_cast<int>(rng() % c);
+          const int r1 = static_cast<int>(rng() % kRows), r2 = static_cast<int>(rng() % kRows);
+          f = "=SUM(" + A1(std::min(r1, r2), nCol) + ":" + A1(std::max(r1, r2), nCol) + ")+1";
         }
         entries.push_back({A1(r, c), f});
       }
@@ -158,17 +160,11 @@ TEST_F(RecalcTest, OrderMatchesNaiveEvaluation) {
 // rebuild that finds it; a cell that only reads the cycle is circular as well.
 TEST_F(RecalcTest, CycleWithoutIteration) {
   CCountingBook* pBook = NewBook();
-  Set(pBook, "A1", "=B1+1");
-  Set(pBook, "B1", "=A1+1");
-  Set(pBook, "C1", "=A1*10");
-  Set(pBook, "D1", "=5");  // outside the cycle
+  Set(pBook, {{"A1", "=B1+1"}, {"B1", "=A1+1"}, {"C1", "=A1*10"}, {"D1", "=5"}});  // D1 outside
   EXPECT_EQ(0, pBook->Recalc());
   EXPECT_TRUE(pBook->HasCircularRefs());
   EXPECT_EQ(1, pBook->m_nNotices);
-  EXPECT_EQ(0, Num(pBook, 0, 0));
-  EXPECT_EQ(0, Num(pBook, 0, 1));
-  EXPECT_EQ(0, Num(pBook, 0, 2));
-  EXPECT_EQ(5, Num(pBook, 0, 3));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 5}), Nums(pBook, 0, 4));
   auto* pC1 = static_cast<CFormulaCell*>(Sheet(pBook)->Cell(0, 2));
   auto* pD1 = static_cast<CFormulaCell*>(Sheet(pBook)->Cell(0, 3));
   EXPECT_TRUE(pC1->IsCircular());
@@ -184,8 +180,7 @@ TEST_F(RecalcTest, CycleWithoutIteration) {
 // A self-reference, directly and through a range that holds the cell.
 TEST_F(RecalcTest, SelfReferenceIsCircular) {
   CCountingBook* pBook = NewBook();
-  Set(pBook, "A1", "=A1+1");
-  Set(pBook, "B5", "=SUM(B1:B9)");
+  Set(pBook, {{"A1", "=A1+1"}, {"B5", "=SUM(B1:B9)"}});
   pBook->Recalc();
   EXPECT_TRUE(static_cast<CFormulaCell*>(Sheet(pBook)->Cell(0, 0))->IsCircular());
   EXPECT_TRUE(static_cast<CFormulaCell*>(Sheet(pBook)->Cell(4, 1))->IsCircular());
@@ -196,16 +191,14 @@ TEST_F(RecalcTest, SelfReferenceIsCircular) {
 TEST_F(RecalcTest, CycleWithIteration) {
   CCountingBook* pBook = NewBook();
   pBook->SetIteration(1, 100, 0.001);
-  Set(pBook, "A1", "=B1+1");
-  Set(pBook, "B1", "=A1+1");
+  Set(pBook, {{"A1", "=B1+1"}, {"B1", "=A1+1"}});
   pBook->Recalc();
   // Each pass adds 2 to both cells: the change never falls, 100 passes run.
   EXPECT_EQ(100u, pBook->GetLastRecalcPasses());
   EXPECT_EQ(199, Num(pBook, 0, 0));  // A1 comes first in the chain
   EXPECT_EQ(200, Num(pBook, 0, 1));
   // A converging cycle stops early: A1 = B1/2 + 1, B1 = A1/2 settles at 4/3, 2/3.
-  Set(pBook, "A1", "=B1/2+1");
-  Set(pBook, "B1", "=A1/2");
+  Set(pBook, {{"A1", "=B1/2+1"}, {"B1", "=A1/2"}});
   pBook->Recalc();
   EXPECT_LT(pBook->GetLastRecalcPasses(), 100u);
   EXPECT_GT(pBook->GetLastRecalcPasses(), 1u);
@@ -223,45 +216,36 @@ TEST_F(RecalcTest, CycleWithIteration) {
 TEST_F(RecalcTest, MinimalRecalcRecomputesOnlyDependants) {
   CCountingBook* pBook = NewBook();
   pBook->SetMinimalRecalc(1);
-  Set(pBook, "A1", "1");
-  Set(pBook, "A2", "2");
-  Set(pBook, "B1", "=A1*2");
-  Set(pBook, "B2", "=B1+A2");
-  Set(pBook, "C1", "=SUM(B1:B2)");
-  Set(pBook, "C2", "=A2");
+  Set(pBook, {{"A1", "1"}, {"A2", "2"}, {"B1", "=A1*2"}, {"B2", "=B1+A2"}});
+  Set(pBook, {{"C1", "=SUM(B1:B2)"}, {"C2", "=A2"}});
   pBook->Recalc();
   const CRecalcChain* pChain = pBook->GetRecalcChain();
   ASSERT_NE(nullptr, pChain);
   EXPECT_EQ(6, Num(pBook, 0, 2));
-  struct TEditCase {
-    const char* pszCell;
-    const char* pszValue;
-    unsigned nRecomputed;
-  };
+  // clang-format off
+  struct TEditCase { const char* pszCell; const char* pszValue; unsigned nRecomputed; };
   const TEditCase kEdits[] = {
       {"Z100", "5", 0},  // read by nothing
       {"A3", "5", 0},    // beside the ranges, read by nothing
       {"A1", "10", 3},   // B1, B2 through B1, C1 through the range
       {"A2", "3", 3},    // B2, C2 and C1 through B2
   };
+  // clang-format on
   for (const TEditCase& e : kEdits) {
     SCOPED_TRACE(e.pszCell);
     Set(pBook, e.pszCell, e.pszValue);
     pBook->Recalc();
     EXPECT_EQ(e.nRecomputed, pChain->GetLastRecomputed());
   }
-  EXPECT_EQ(20, Num(pBook, 0, 1));
-  EXPECT_EQ(23, Num(pBook, 1, 1));
-  EXPECT_EQ(43, Num(pBook, 0, 2));
-  EXPECT_EQ(3, Num(pBook, 1, 2));
+  EXPECT_EQ((std::vector<double>{10, 20, 43}), Nums(pBook, 0, 3));
+  EXPECT_EQ((std::vector<double>{3, 23, 3}), Nums(pBook, 1, 3));
 }
 
 // Volatile formulas are recomputed by every recalculation, in minimal mode too.
 TEST_F(RecalcTest, VolatileFormulasAlwaysRecompute) {
   CCountingBook* pBook = NewBook();
   pBook->SetMinimalRecalc(1);
-  Set(pBook, "A1", "=RAND()");
-  Set(pBook, "B1", "=A1*0");
+  Set(pBook, {{"A1", "=RAND()"}, {"B1", "=A1*0"}});
   pBook->Recalc();
   Set(pBook, "Z9", "1");
   pBook->Recalc();
@@ -272,13 +256,10 @@ TEST_F(RecalcTest, VolatileFormulasAlwaysRecompute) {
 // ordered after it once the order is rebuilt.
 TEST_F(RecalcTest, NewFormulaIsOrderedAfterItsPrecedent) {
   CCountingBook* pBook = NewBook();
-  Set(pBook, "A1", "=B9*2");
-  Set(pBook, "B9", "=C1+1");
-  Set(pBook, "C1", "4");
+  Set(pBook, {{"A1", "=B9*2"}, {"B9", "=C1+1"}, {"C1", "4"}});
   pBook->Recalc();
   EXPECT_EQ(10, Num(pBook, 0, 0));
-  Set(pBook, "C1", "=D1+1");  // C1 becomes a formula on which the others wait
-  Set(pBook, "D1", "1");
+  Set(pBook, {{"C1", "=D1+1"}, {"D1", "1"}});  // C1 becomes a formula on which the others wait
   pBook->Recalc();
   EXPECT_EQ(6, Num(pBook, 0, 0));
 }
