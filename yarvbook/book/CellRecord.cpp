@@ -33,7 +33,8 @@ namespace {
 //   | TSlab header       | block 1    | block 2    | ...
 //   +--------------------+------------+------------+-----
 constexpr std::size_t kCellBytes = sizeof(CCell);
-static_assert(kCellBytes == 24, "a cell is 24 bytes: vtable pointer, payload, kind, flags, indexes");
+static_assert(kCellBytes == 24,
+              "a cell is 24 bytes: vtable pointer, payload, kind, flags, indexes");
 static_assert(CCell::kFormulaCellBytes % alignof(CCell) == 0, "formula cell blocks stay aligned");
 constexpr std::size_t kSlabBytes = 32768;
 
