@@ -63,6 +63,11 @@ constexpr TBytesCase kCellCases[] = {
     {"B$3", "24 02 00 01 40"},
     {"$B3", "24 02 00 01 80"},
     {"A1:$C$4", "25 00 00 03 00 00 C0 02 00"},
+    {"A:A", "25 00 00 FF FF 00 40 00 40"},    // whole column: the rows fixed
+    {"$5:$5", "25 04 00 04 00 00 00 FF 00"},  // whole row: the columns fixed
+    {"$3:2", "25 01 00 02 00 00 80 FF 00"},   // ends swapped, each "$" with its row
+    {"1:65536", "25 00 00 FF FF 00 80 FF 80"},
+    {"Sheet2!1:1", "3B 00 00 00 00 00 00 00 80 FF 80"},
     {"A1+1", "44 00 00 00 C0 1E 01 00 03"},
     {"A1 B1", "24 00 00 00 C0 24 00 00 01 C0 0F"},    // space is intersection
     {"A1 + B1", "44 00 00 00 C0 44 00 00 01 C0 03"},  // spaces around an operator

@@ -174,6 +174,17 @@ class CFormulaGenerator {
         u"'R2C3'!",   u"[Book2.xls]Sheet1!", u"'[My Book.xls]Jan:Feb'!",
         u"'C12'!",    u"'It\uFF07\uFF07s'!"};
     if (Pick(4) == 0) s += kPrefixes[Pick(static_cast<int>(std::size(kPrefixes)))];
+    if (Pick(6) == 0) {
+      // Whole columns "$A:C" or whole rows "1:$65536".
+      const bool bColumns = Pick(2) != 0;
+      for (int i = 0; i < 2; ++i) {
+        if (i > 0) s += u":";
+        if (Pick(2)) s += u"$";
+        s += bColumns ? FormatColNr(Pick(4) == 0 ? 255 * Pick(2) : Pick(256))
+                      : FormatRowNr(Pick(4) == 0 ? 65535 * Pick(2) : Pick(65536));
+      }
+      return;
+    }
     Cell(s);
     if (Pick(2)) {
       s += bDots && Pick(3) == 0 ? u".." : u":";

@@ -425,11 +425,17 @@ bool MatchPattern(const unsigned char* aElements, const char16_t* p, const TConv
         }
         break;
       }
-      case elComma:
-        p = SkipBlanks(p);
-        if (Fold(*p) != u',') return false;
-        p = SkipBlanks(p + 1);
+      case elComma: {
+        // "Jan 15, 2020" or "Jan 15 2020": a comma, or blanks alone.
+        const char16_t* q = SkipBlanks(p);
+        if (Fold(*q) == u',') {
+          q = SkipBlanks(q + 1);
+        } else if (q == p) {
+          return false;
+        }
+        p = q;
         break;
+      }
       case elEnd: {
         p = SkipBlanks(p);
         const char16_t c = Fold(*p);

@@ -446,12 +446,46 @@ bool ReadColumnSpan(const char16_t** ppText, int* pFlags1, int* pFlags2, TRange*
   return true;
 }
 
+// A row part of a whole-row span: optional "$", the row number 1 to 65536. Advances
+// *pp; -1 when there is none.
+int ReadSpanRow(const char16_t** pp, bool* pbAbs) {
+  const char16_t* p = *pp;
+  *pbAbs = *p == u'$';
+  if (*pbAbs) ++p;
+  int nRow = 0;
+  if (!CvtRNr(&p, &nRow)) return -1;
+  *pp = p;
+  return nRow;
+}
+
+// "2:3", "$5:$5": every column of the rows, the columns fixed.
+bool ReadRowSpan(const char16_t** ppText, int* pFlags1, int* pFlags2, TRange* pRange) {
+  const char16_t* p = *ppText;
+  bool bAbs1 = false, bAbs2 = false;
+  const int nRow1 = ReadSpanRow(&p, &bAbs1);
+  if (nRow1 < 0 || *p != u':') return false;
+  ++p;
+  const int nRow2 = ReadSpanRow(&p, &bAbs2);
+  if (nRow2 < 0) return false;
+  const char16_t c = *p;
+  if ((c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') ||
+      c == u'_' || c == u'.' || c == u'(' || c == u'!')
+    return false;
+  *pFlags1 = (bAbs1 ? 2 : 0) | 1;
+  *pFlags2 = (bAbs2 ? 2 : 0) | 1;
+  if (nRow1 > nRow2) std::swap(*pFlags1, *pFlags2);
+  pRange->Set(std::min(nRow1, nRow2), 0, std::max(nRow1, nRow2), kMaxCol);
+  *ppText = p;
+  return true;
+}
+
 }  // namespace
 
 int CFormulaParser::NextRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
                                    unsigned char* pFlags2, TRange* pRange) {
   int nFlags1 = 0, nFlags2 = 0;
-  if (ReadColumnSpan(ppText, &nFlags1, &nFlags2, pRange)) {
+  if (ReadColumnSpan(ppText, &nFlags1, &nFlags2, pRange) ||
+      ReadRowSpan(ppText, &nFlags1, &nFlags2, pRange)) {
     *pIsRange = 1;
   } else if (!CvtRange(ppText, pIsRange, &nFlags1, &nFlags2, pRange)) {
     return 0;
@@ -635,6 +669,12 @@ void CFormulaParser::Next(bool bOperator) {
     return;
   }
   if (!bOperator && (IsDigit(c) || (c == m_cDecimal && IsDigit(m_p[1])))) {
+    // "5:5" is a whole row, not the number 5.
+    if (!m_bInArray && IsDigit(c) &&
+        NextRangeToken(&m_p, &m_nIsRange, &m_cFlags1, &m_cFlags2, &m_Range)) {
+      m_nKind = lkRef;
+      return;
+    }
     if (!LexNumber()) m_nKind = lkBad;
     return;
   }

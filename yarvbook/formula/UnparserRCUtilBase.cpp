@@ -94,6 +94,20 @@ void CUnparserRCUtilBase::FormatRCNr(std::u16string& s, int nRow, int nCol,
 void CUnparserRCUtilBase::FormatRangeNr(std::u16string& s, int nRow1, int nCol1,
                                         unsigned short wColWord1, int nRow2, int nCol2,
                                         unsigned short wColWord2) {
+  // Whole columns ("A:C") and whole rows ("2:3") with their spanning part fixed are
+  // written without it; they read back as the same rectangle and flags.
+  if (nRow1 == 0 && nRow2 == kMaxRow && ((wColWord1 | wColWord2) & kRowRelative) == 0) {
+    FormatColNr(s, nCol1, (wColWord1 & kColRelative) != 0);
+    s += u':';
+    FormatColNr(s, nCol2, (wColWord2 & kColRelative) != 0);
+    return;
+  }
+  if (nCol1 == 0 && nCol2 == kMaxCol && ((wColWord1 | wColWord2) & kColRelative) == 0) {
+    FormatRowNr(s, nRow1, (wColWord1 & kRowRelative) != 0);
+    s += u':';
+    FormatRowNr(s, nRow2, (wColWord2 & kRowRelative) != 0);
+    return;
+  }
   FormatRCNr(s, nRow1, nCol1, wColWord1);
   s += u':';
   FormatRCNr(s, nRow2, nCol2, wColWord2);
