@@ -97,6 +97,28 @@ TEST_F(EvaluatorTest, ImplicitIntersectionAtTheBaseCell) {
   EXPECT_EQ("-3", Eval("=-A1:C1", "A9"));      // a one-row range at column A
 }
 
+// Inside an array argument operators take references element-wise, even in a
+// value formula; elsewhere they still read the cell at the formula's row.
+constexpr TEvalCase kArrayArguments[] = {
+    {"=SUMPRODUCT(A1:A3*1)", "12"},
+    {"=SUMPRODUCT(A1:A3*{1;2;3})", "26"},
+    {"=SUMPRODUCT(-A1:A3)", "-12"},
+    {"=SUMPRODUCT((A1:A3>3)*A1:A3)", "9"},  // an element-wise result stays an array
+    {"=SUMPRODUCT(A1:A3+A1)", "21"},
+    {"=SUMPRODUCT({1,2,3}*2)", "12"},
+    {"=SUMPRODUCT(A1:A2*A1:A3)", "#N/A"},  // no third row on the left
+    {"=SUM(A1:A3*1)", "#VALUE!"},          // a value argument: row 9 misses the range
+    {"=A1:A3*1+SUMPRODUCT(A1:A3*1)", "#VALUE!"},
+};
+
+TEST_F(EvaluatorTest, ArrayArgumentsComputeOperatorsElementWise) {
+  for (const TEvalCase& c : kArrayArguments) {
+    SCOPED_TRACE(c.pszFormula);
+    EXPECT_EQ(c.pszExpected, Eval(c.pszFormula, "D9"));
+  }
+  EXPECT_EQ("16", Eval("=A1:A3*1+SUMPRODUCT(A1:A3*1)", "D2"));
+}
+
 // Hand-made token streams: structural faults make the whole formula "#FORMULA!".
 TEST_F(EvaluatorTest, AbortRule) {
   struct TStream {

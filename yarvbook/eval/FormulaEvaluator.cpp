@@ -99,6 +99,24 @@ int ElementCount(const TValue& val) {
   }
 }
 
+// Tokens that push one operand and carry a class.
+bool IsOperandToken(unsigned char cBase) {
+  switch (cBase) {
+    case CFormulaBase::tArray:
+    case CFormulaBase::tName:
+    case CFormulaBase::tNameX:
+    case CFormulaBase::tRef:
+    case CFormulaBase::tArea:
+    case CFormulaBase::tRefN:
+    case CFormulaBase::tAreaN:
+    case CFormulaBase::tRef3d:
+    case CFormulaBase::tArea3d:
+      return true;
+    default:
+      return false;
+  }
+}
+
 bool IsRefOp(const TOpBinary* pOp) {
   return pOp->GetToken() >= CFormulaBase::tIsect && pOp->GetToken() <= CFormulaBase::tRange;
 }
@@ -210,6 +228,7 @@ void CFormulaEvaluator::Evaluate(CFormulaCell* pCell) {
 
 void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
   m_pEntry = pEntry;
+  m_ArrayOperands.clear();
   m_Cur = TPostfixPtr(pFormula->GetPostfix());
   m_End = TPostfixPtr(pFormula->GetPostfix() + pFormula->GetPostfixLen());
   m_Added = TPostfixPtr(pFormula->GetAddedData());
@@ -349,6 +368,9 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
         break;
     }
     if (bAbort) break;
+    DropArrayOperands(m_pVal + 1);
+    if (!m_bCalcArray && (cCode & 0x60) == CFormulaBase::kClassArray && IsOperandToken(cBase))
+      m_ArrayOperands.push_back(m_pVal);
     if (!SkipAdded(cBase, m_Cur)) bAbort = true;
     m_Cur.Skip(nSize);
   }
@@ -618,6 +640,7 @@ bool CFormulaEvaluator::EvaluateFunc(int nFunc, int nArgs, bool bSetFormat) {
     CallFunc(pFunc, pArgs, nArgs);
   m_bSubtotal = bOldSubtotal;
   m_bSubA = bOldSubA;
+  DropArrayOperands(pArgs);
   DropTo(pArgs);
   if (bSetFormat && pFunc->GetValueFormat() != 0) m_nValFormat = pFunc->GetValueFormat();
   return true;
@@ -647,6 +670,7 @@ bool CFormulaEvaluator::EvaluateExternCall(int nArgs) {
       pArgs[0].CopyAndClearSource(pArgs[1]);
     }
   }
+  DropArrayOperands(pArgs);
   DropTo(pArgs);
   return true;
 }
@@ -693,8 +717,19 @@ void CFormulaEvaluator::EvaluateOp(const TOpUnary* pOp, TValue* pArgs) { pOp->Ev
 
 void CFormulaEvaluator::EvaluateOp(const TOpBinary* pOp, TValue* pArgs) { pOp->Evaluate(pArgs); }
 
+bool CFormulaEvaluator::IsArrayOperand(const TValue* pSlot) const {
+  for (auto it = m_ArrayOperands.rbegin(); it != m_ArrayOperands.rend() && *it >= pSlot; ++it)
+    if (*it == pSlot) return true;
+  return false;
+}
+
+void CFormulaEvaluator::DropArrayOperands(const TValue* pFrom) {
+  while (!m_ArrayOperands.empty() && m_ArrayOperands.back() >= pFrom) m_ArrayOperands.pop_back();
+}
+
 void CFormulaEvaluator::EvaluateOpWithArray(const TOpUnary* pOp, TValue* pArgs) {
-  if (!m_bCalcArray || ElementCount(pArgs[0]) < 2) {
+  const bool bArray = m_bCalcArray || IsArrayOperand(pArgs);
+  if (!bArray || ElementCount(pArgs[0]) < 2) {
     pOp->Evaluate(pArgs);
     return;
   }
@@ -707,10 +742,16 @@ void CFormulaEvaluator::EvaluateOpWithArray(const TOpUnary* pOp, TValue* pArgs) 
 
 void CFormulaEvaluator::EvaluateOpWithArray(const TOpBinary* pOp, TValue* pArgs) {
   const int nLeft = ElementCount(pArgs[0]), nRight = ElementCount(pArgs[1]);
-  if (!m_bCalcArray || IsRefOp(pOp) || nLeft == 0 || nRight == 0 || nLeft + nRight < 3) {
+  // An array-class operand makes the result one too, whatever its size.
+  const bool bForced = IsArrayOperand(&pArgs[0]) || IsArrayOperand(&pArgs[1]);
+  DropArrayOperands(pArgs);
+  if ((!m_bCalcArray && !bForced) || IsRefOp(pOp) || nLeft == 0 || nRight == 0 ||
+      nLeft + nRight < 3) {
     pOp->Evaluate(pArgs);
+    if (bForced && !IsRefOp(pOp)) m_ArrayOperands.push_back(pArgs);
     return;
   }
+  if (bForced) m_ArrayOperands.push_back(pArgs);
   if (!pArgs[0].CheckArrayVal() || !pArgs[1].CheckArrayVal()) {
     pArgs[0].SetError(TValue::errValue);
     pArgs[1].Clear();

@@ -11,6 +11,8 @@
 // "#FORMULA!", and every other failure is an error value.
 #pragma once
 
+#include <vector>
+
 #include "base/Cell.h"
 #include "base/Export.h"
 #include "eval/Value.h"
@@ -119,6 +121,9 @@ class YARVBOOK_API CFormulaEvaluator {
   void PushName(CBookBase* pBook, CSheetBase* pSheet, int nName);
   void PushNameX(int nExternSheet, int nName);
   bool EvaluateExternCall(int nArgs);
+  // Array-class operands of a value formula: their slots, lowest first.
+  bool IsArrayOperand(const TValue* pSlot) const;
+  void DropArrayOperands(const TValue* pFrom);
   void EvaluateFuncWithArray(TFunc* pFunc, TValue* pArgs, int nArgs);
   void CallFunc(TFunc* pFunc, TValue* pArgs, int nArgs);
   // Stored row and column of a reference, made absolute.
@@ -137,6 +142,9 @@ class YARVBOOK_API CFormulaEvaluator {
   const unsigned char* m_pAddedEnd = nullptr;
   bool m_bRelIsOffset = false;
   unsigned short m_nValFormat = 0;
+  // Stack slots holding operands written in array class while array mode is off
+  // (an expression inside an array argument): operators take them element-wise.
+  std::vector<const TValue*> m_ArrayOperands;
 
   static CBookBase* m_pLastBook;
   static CSheetBase* m_pLastSheet;

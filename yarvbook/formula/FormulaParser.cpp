@@ -1047,6 +1047,31 @@ void CFormulaParser::FixOperand(const TOperand& op, unsigned char cWant) {
   c = static_cast<unsigned char>((TokenBase(c) & 0x1F) | cClass);
 }
 
+void CFormulaParser::ForceArrayClass(int nStart) {
+  int nPos = nStart;
+  while (nPos < m_nOut) {
+    unsigned char& c = m_pOut[nPos];
+    const unsigned char cBase = TokenBase(c);
+    switch (cBase) {
+      case tArray:
+      case tName:
+      case tNameX:
+      case tRef:
+      case tArea:
+      case tRefN:
+      case tAreaN:
+      case tRef3d:
+      case tArea3d:
+        if ((c & 0x60) == kClassValue) c = static_cast<unsigned char>((c & 0x1F) | kClassArray);
+        break;
+      default:
+        break;
+    }
+    const int nSize = TPostfixPtr(m_pOut.get() + nPos + 1).SizeToken(cBase);
+    nPos += 1 + nSize;
+  }
+}
+
 CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
   TOperand left;
   if (++m_nDepth > kMaxDepth) {
@@ -1367,6 +1392,7 @@ CFormulaParser::TOperand CFormulaParser::ParseFunc() {
                                     : nClass == 3 ? kClassArray
                                                   : kClassValue;
         FixOperand(x, cWant);
+        if (cWant == kClassArray) ForceArrayClass(nArgStart);
         if (nClass == 1 && x.bRefOp) InsertMemToken(nArgStart, nAddedStart);
       }
       f.nArgs++;

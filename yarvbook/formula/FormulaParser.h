@@ -220,6 +220,9 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   TOperand ParseArray();
   bool ParseArrayItem();
   void FixOperand(const TOperand& op, unsigned char cWant);
+  // Turns the value-class operands written from nStart on into array class: an
+  // expression whose result is wanted as an array computes its operators element-wise.
+  void ForceArrayClass(int nStart);
   void InsertMemToken(int nStart, int nAddedStart);
   void PatchAttrs(const TFrame& frame, int nFuncEnd);
   void PutRef(unsigned char cBase, int nExternSheet);
