@@ -190,4 +190,31 @@ TEST(DependencyGraph, FindFormulaByPosition) {
   EXPECT_EQ(-1, graph.FindFormula(2, 0, 0));
 }
 
+// Rows longer than the short-row scan are searched: every position of a wide row, held
+// or not, and one-cell references walked along it.
+TEST(DependencyGraph, WideRowsFindAndOrderOneCellReferences) {
+  for (const int nFormulas : {16, 17, 40}) {
+    SCOPED_TRACE(nFormulas);
+    CDependencyGraph graph;
+    graph.Reset(1);
+    // Formulas at even columns of row 3; each reads the next one to its right, so the
+    // order runs from the right end of the row back to column 0.
+    for (int i = 0; i < nFormulas; i++) {
+      graph.AddFormula(0, 3, 2 * i, 0);
+      if (i + 1 < nFormulas) graph.AddRef(0, 3, 2 * i + 2, 3, 2 * i + 2);
+      graph.AddRef(0, 3, 2 * i + 1, 3, 2 * i + 1);  // an empty odd column
+    }
+    graph.EndCollect();
+    for (int c = 0; c <= 2 * nFormulas; c++)
+      EXPECT_EQ(c % 2 == 0 && c < 2 * nFormulas ? c / 2 : -1, graph.FindFormula(0, 3, c))
+          << "column " << c;
+    EXPECT_EQ(-1, graph.FindFormula(0, 2, 0));
+    EXPECT_EQ(0, graph.BuildOrder());
+    const std::vector<std::uint32_t>& order = graph.GetOrder();
+    ASSERT_EQ(static_cast<size_t>(nFormulas), order.size());
+    for (int i = 0; i < nFormulas; i++)
+      EXPECT_EQ(static_cast<std::uint32_t>(nFormulas - 1 - i), order[static_cast<size_t>(i)]);
+  }
+}
+
 }  // namespace

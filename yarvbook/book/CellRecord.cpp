@@ -20,20 +20,22 @@
 
 namespace {
 
-// The cell pool. A block of malloc costs 16 bytes more than a 32-byte cell; the pool
-// costs nothing per cell. Slabs are aligned to their size, so a cell finds its slab by
-// masking its address; each slab counts its live cells and goes back to the system
-// when the count falls to zero (one empty slab is kept to absorb alternating
-// allocation and release). Under AddressSanitizer cells use the heap directly so
-// that use-after-free stays visible.
+// The cell pools: one for number, text and other constant cells (24 bytes), one for
+// formula cells (CCell::kFormulaCellBytes). A block of malloc costs 16 bytes more than
+// the cell; a pool costs nothing per cell and keeps the cells of a sheet close together.
+// Slabs are aligned to their size, so a cell finds its slab by masking its address;
+// each slab counts its live cells and goes back to the system when the count falls to
+// zero (one empty slab is kept to absorb alternating allocation and release). Under
+// AddressSanitizer cells use the heap directly so that use-after-free stays visible.
 //
 // Slab layout (kSlabBytes, aligned to kSlabBytes):
 //   +--------------------+------------+------------+-----
 //   | TSlab header       | block 1    | block 2    | ...
 //   +--------------------+------------+------------+-----
-constexpr std::size_t kBlockBytes = sizeof(CCell);
-static_assert(kBlockBytes == 24,
+constexpr std::size_t kCellBytes = sizeof(CCell);
+static_assert(kCellBytes == 24,
               "a cell is 24 bytes: vtable pointer, payload, kind, flags, indexes");
+static_assert(CCell::kFormulaCellBytes % alignof(CCell) == 0, "formula cell blocks stay aligned");
 constexpr std::size_t kSlabBytes = 32768;
 
 struct TFreeBlock {
@@ -48,10 +50,11 @@ struct TSlab {
   int nBumped;        // blocks handed out from the untouched tail so far
 };
 
-constexpr std::size_t kHeaderBlocks = (sizeof(TSlab) + kBlockBytes - 1) / kBlockBytes;
-constexpr int kBlocksPerSlab = static_cast<int>(kSlabBytes / kBlockBytes - kHeaderBlocks);
-
+template <std::size_t kBlockBytes>
 struct TCellPool {
+  static constexpr std::size_t kHeaderBlocks = (sizeof(TSlab) + kBlockBytes - 1) / kBlockBytes;
+  static constexpr int kBlocksPerSlab = static_cast<int>(kSlabBytes / kBlockBytes - kHeaderBlocks);
+
   TSlab* pRoomy = nullptr;  // slabs with a free block
   TSlab* pSpare = nullptr;  // one empty slab kept back
   std::size_t nSlabs = 0;
@@ -112,7 +115,8 @@ struct TCellPool {
   }
 };
 
-constinit TCellPool g_CellPool;
+constinit TCellPool<kCellBytes> g_CellPool;
+constinit TCellPool<CCell::kFormulaCellBytes> g_FormulaCellPool;
 
 }  // namespace
 
@@ -268,7 +272,8 @@ void CCell::CopyAndClearSource(TValue& src) {
 }
 
 void* CCell::operator new(std::size_t nBytes) {
-  if (YARVBOOK_CELL_POOL && nBytes == kBlockBytes) return g_CellPool.Allocate();
+  if (YARVBOOK_CELL_POOL && nBytes == kCellBytes) return g_CellPool.Allocate();
+  if (YARVBOOK_CELL_POOL && nBytes == kFormulaCellBytes) return g_FormulaCellPool.Allocate();
   void* p = std::malloc(nBytes);
   if (!p) CZelException::ThrowMemory();
   return p;
@@ -276,11 +281,17 @@ void* CCell::operator new(std::size_t nBytes) {
 
 void CCell::operator delete(void* p, std::size_t nBytes) {
   if (!p) return;
-  if (YARVBOOK_CELL_POOL && nBytes == kBlockBytes) {
+  if (YARVBOOK_CELL_POOL && nBytes == kCellBytes) {
     g_CellPool.Release(p);
+    return;
+  }
+  if (YARVBOOK_CELL_POOL && nBytes == kFormulaCellBytes) {
+    g_FormulaCellPool.Release(p);
     return;
   }
   std::free(p);
 }
 
-std::size_t CCell::GetPoolBytes() { return g_CellPool.nSlabs * kSlabBytes; }
+std::size_t CCell::GetPoolBytes() {
+  return (g_CellPool.nSlabs + g_FormulaCellPool.nSlabs) * kSlabBytes;
+}

@@ -120,12 +120,14 @@ class YARVBOOK_API CCell : public CZelObject {
   }
   bool IsEmptyInitCell() const { return IsInitCell() && m_vt == TValue::vtEmpty; }
 
-  // Cells of exactly sizeof(CCell) come from the cell pool; larger derived cells
-  // (formula cells) from the general heap. Throws CZelException when memory is
-  // exhausted.
+  // Size of a formula cell (CFormulaCell checks it): cells of exactly sizeof(CCell)
+  // and of this size come from the two cell pools; any other size from the general
+  // heap.
+  static constexpr std::size_t kFormulaCellBytes = 64;
+  // Throws CZelException when memory is exhausted.
   static void* operator new(std::size_t nBytes);
   static void operator delete(void* p, std::size_t nBytes);
-  // Bytes the pool holds from the system, in use or free: for the memory benchmark.
+  // Bytes the pools hold from the system, in use or free: for the memory benchmark.
   static std::size_t GetPoolBytes();
 
  protected:

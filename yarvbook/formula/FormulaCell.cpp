@@ -3,6 +3,10 @@
 #include <cmath>
 #include <cstring>
 
+// Formula cells come from their own cell pool, which hands out blocks of this size.
+static_assert(sizeof(CFormulaCell) == CCell::kFormulaCellBytes,
+              "CFormulaCell must keep the size of the formula cell pool's blocks");
+
 CFormulaCell::CFormulaCell(unsigned short wFormat) : CCell(wFormat) { SetFlag(flFormula, true); }
 
 CFormulaCell::CFormulaCell(std::unique_ptr<CFormula> pFormula, CFormulaBase::EFormulaType type,

@@ -42,10 +42,12 @@ bool CFormulaRefIterator::Next(TRef& ref) {
     // Operand bytes must lie inside the stream; the sizes of tStr, tAttr and
     // tExtended are read from their first operand bytes, which must be there too.
     const int nLeft = m_End - m_Cur;
-    bTruncated = ((cBase == tStr || cBase == tExtended) && nLeft < 1) ||
-                 (cBase == tAttr && nLeft < 3) || m_Cur.SizeToken(cBase) > nLeft;
+    bTruncated =
+        ((cBase == tStr || cBase == tExtended) && nLeft < 1) || (cBase == tAttr && nLeft < 3);
     if (bTruncated) break;
     const int nSize = m_Cur.SizeToken(cBase);
+    bTruncated = nSize > nLeft;
+    if (bTruncated) break;
     TPostfixPtr op = m_Cur;
     m_Cur.Skip(nSize);
     switch (cBase) {

@@ -9,7 +9,7 @@ namespace {
 // A reference taller than this many times its width is walked column by column.
 constexpr int kTallFactor = 16;
 // Rows with more formulas than this are searched, shorter ones scanned.
-constexpr std::uint32_t kScanLimit = 8;
+constexpr std::uint32_t kScanLimit = 16;
 
 std::uint32_t Key(int nRow, int nCol) { return static_cast<std::uint32_t>(nRow) << 8 | nCol; }
 
@@ -108,11 +108,21 @@ long CDependencyGraph::FindFormula(int nSheet, int nRow, int nCol) const {
   if (nSheet < 0 || static_cast<size_t>(nSheet) >= m_Sheets.size()) return -1;
   const TSheet& sheet = m_Sheets[static_cast<size_t>(nSheet)];
   if (nRow < 0 || static_cast<size_t>(nRow) + 1 >= sheet.rowFirst.size()) return -1;
-  const auto itBegin = m_Key.begin() + sheet.rowFirst[static_cast<size_t>(nRow)];
-  const auto itEnd = m_Key.begin() + sheet.rowFirst[static_cast<size_t>(nRow) + 1];
-  const auto it = std::lower_bound(itBegin, itEnd, Key(nRow, nCol));
-  if (it == itEnd || *it != Key(nRow, nCol)) return -1;
-  return static_cast<long>(it - m_Key.begin());
+  return FindInRow(sheet, nRow, nCol);
+}
+
+long CDependencyGraph::FindInRow(const TSheet& sheet, int nRow, int nCol) const {
+  const std::uint32_t nKey = Key(nRow, nCol);
+  std::uint32_t j = sheet.rowFirst[static_cast<size_t>(nRow)];
+  const std::uint32_t jEnd = sheet.rowFirst[static_cast<size_t>(nRow) + 1];
+  if (jEnd - j > kScanLimit) {
+    const auto itEnd = m_Key.begin() + jEnd;
+    const auto it = std::lower_bound(m_Key.begin() + j, itEnd, nKey);
+    return it != itEnd && *it == nKey ? static_cast<long>(it - m_Key.begin()) : -1;
+  }
+  for (; j < jEnd && m_Key[j] <= nKey; j++)
+    if (m_Key[j] == nKey) return static_cast<long>(j);
+  return -1;
 }
 
 void CDependencyGraph::SetLine(TFrame& frame) const {
@@ -168,6 +178,13 @@ bool CDependencyGraph::NextPrecedent(TFrame& frame, std::uint32_t& nId) const {
     const int nRow1 = ref.wRow1;
     const int nRow2 = std::min<int>(ref.wRow2, static_cast<int>(sheet.rowFirst.size()) - 2);
     if (nRow1 > nRow2) continue;
+    if (ref.wRow1 == ref.wRow2 && ref.cCol1 == ref.cCol2) {
+      // One cell, the common case: at most one formula, found without a line walk.
+      const long nFound = FindInRow(sheet, nRow1, ref.cCol1);
+      if (nFound < 0) continue;
+      nId = static_cast<std::uint32_t>(nFound);
+      return true;
+    }
     frame.wSheet = ref.wSheet;
     frame.bActive = true;
     frame.bByColumn = (nRow2 - nRow1 + 1) > kTallFactor * (ref.cCol2 - ref.cCol1 + 1);

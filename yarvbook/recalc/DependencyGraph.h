@@ -137,6 +137,9 @@ class YARVBOOK_API CDependencyGraph {
     bool bActive;  // a reference is being walked
   };
 
+  // The id of the formula at row nRow (a row of the sheet's row table), column nCol,
+  // or -1.
+  long FindInRow(const TSheet& sheet, int nRow, int nCol) const;
   // The next formula cell that the frame's formula reads; false when there is none.
   bool NextPrecedent(TFrame& frame, std::uint32_t& nId) const;
   // Sets j..jEnd to the ids of line nLine of the frame's current reference.
