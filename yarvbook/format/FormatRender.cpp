@@ -174,8 +174,11 @@ class TRightAligned {
  public:
   TRightAligned(std::string strDigits, int nSlots, bool bGroup, char16_t cSep)
       : m_strDigits(std::move(strDigits)), m_nSlots(nSlots), m_bGroup(bGroup), m_cSep(cSep) {}
+  // A placeholder beyond the slot count (a stored record whose group counts disagree
+  // with its tokens) shows nothing.
   void Put(unsigned short wCode) {
     const int nPos = m_nSlots - 1 - m_nSlot;  // position counted from the right, 0-based
+    if (nPos < 0) return;
     const int nLen = static_cast<int>(m_strDigits.size());
     const int nFrom = m_nSlot == 0 ? std::max(nLen - 1, nPos) : nPos;
     ++m_nSlot;

@@ -308,6 +308,13 @@ int CFormulaUnparserBase::NewPieceFromArena(int nStart) {
 
 void CFormulaUnparserBase::Push(int nPiece) { m_Stack.push_back({nPiece, nPiece}); }
 
+// Numbers on both sides of the range operator ("1:1") would read back as a whole-row
+// reference, so a number counts as a reference edge for the operator's spacing.
+void CFormulaUnparserBase::PushNumber(int nPiece) {
+  Push(nPiece);
+  m_Stack.back().bStartsWithRef = m_Stack.back().bEndsWithCell = true;
+}
+
 void CFormulaUnparserBase::PushText(const std::u16string& s) {
   Push(NewPiece(s.data(), static_cast<int>(s.size())));
 }
@@ -425,13 +432,13 @@ bool CFormulaUnparserBase::Unparse(std::u16string& out) {
           nValue /= 10;
         } while (nValue != 0);
         while (nDigits > 0) m_sArena += acDigits[--nDigits];
-        Push(NewPieceFromArena(nStart));
+        PushNumber(NewPieceFromArena(nStart));
         break;
       }
       case tNum: {
         const int nStart = static_cast<int>(m_sArena.size());
         FormatNumber(m_sArena, ReadReal(p), GetDecimal());
-        Push(NewPieceFromArena(nStart));
+        PushNumber(NewPieceFromArena(nStart));
         break;
       }
       case tArray:

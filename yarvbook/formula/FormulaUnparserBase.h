@@ -119,6 +119,7 @@ class YARVBOOK_API CFormulaUnparserBase : public CFormulaIterator,
   int NewPiece(const char16_t* p, int nLen);
   int NewPieceFromArena(int nStart);
   void Push(int nPiece);
+  void PushNumber(int nPiece);
   void PushText(const std::u16string& s);
   // Appends piece nPiece to fragment f, or puts it in front.
   void Append(TFragment& f, int nPiece);
