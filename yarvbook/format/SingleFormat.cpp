@@ -182,6 +182,11 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
   bool bAmPmSeen = false;
   bool bDecimalSeen = false;
   bool bDenomQuestion = false;
+  // Token index where the run of placeholders that ends the token list starts (-1:
+  // the list does not end in a placeholder). Tokens have operands, so a walk back
+  // through the list could take an operand (a literal "\x02") for a placeholder code.
+  int nPlaceholderRun = -1;
+  int nPlaceholderRunEnd = -1;  // token count right after that run's last placeholder
   int i = 0;
   auto fail = [&](int nPos) {
     pwszText += std::min(nPos, nLen);
@@ -216,8 +221,11 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
         if (m_aGroups[2].nCount == 0 && bQuestion) m_aGroups[2].wFlags |= gfQuestionDenom;
         if (bQuestion) bDenomQuestion = true;
       }
+      if (static_cast<int>(tokens.size()) != nPlaceholderRunEnd)
+        nPlaceholderRun = static_cast<int>(tokens.size());
       emit(is(i, fcZero) ? tkDigitZero : is(i, fcHash) ? tkDigitHash : tkDigitQuestion);
       emit(nPart);
+      nPlaceholderRunEnd = static_cast<int>(tokens.size());
       ++m_aGroups[nPart].nCount;
       ++i;
       continue;
@@ -247,12 +255,12 @@ int CSingleFormat::ParseSection(const char16_t*& pwszText, int nParseType, bool 
     if (is(i, fcSlash)) {
       if (m_nType == ftNumber && nPart == 0) {
         // The run of placeholders right before the slash is the numerator.
-        int j = static_cast<int>(tokens.size());
-        while (j >= 2 && tokens[j - 2] >= tkDigitZero && tokens[j - 2] <= tkDigitQuestion) {
-          tokens[j - 1] = 1;
-          --m_aGroups[0].nCount;
-          ++m_aGroups[1].nCount;
-          j -= 2;
+        if (nPlaceholderRunEnd == static_cast<int>(tokens.size())) {
+          for (int j = nPlaceholderRun; j + 1 < nPlaceholderRunEnd; j += 2) {
+            tokens[j + 1] = 1;
+            --m_aGroups[0].nCount;
+            ++m_aGroups[1].nCount;
+          }
         }
         emit(tkFractionSlash);
         m_nType = ftFraction;
