@@ -243,6 +243,7 @@ TEST(FormulaRoundTrip, SpacesTheTokensDependOn) {
       u"A1:B2: C3",         // a rectangle and a cell joined by the operator
       u"Sheet2!A1: C1:D2",  // a 3-D cell before the operator
       u"1:   1",            // two numbers and the operator: not the whole row 1:1
+      u"Tax:R5",            // written 3-D in 3-D types: "Tax:Sheet1!R5" is no sheet span
       u"-A1: (C1)",
       u"A1 B1",  // intersection
       u"SUM( A1 , B1 )",

@@ -395,7 +395,7 @@ bool CFormulaUnparserBase::Unparse(std::u16string& out) {
         TFragment& f = m_Stack.back();
         Prepend(f, NewPiece(u"(", 1));
         Append(f, NewPiece(u")", 1));
-        f.bStartsWithRef = f.bEndsWithCell = false;
+        f.bStartsWithRef = f.bEndsWithCell = f.bStartsWithPrefix = false;
         break;
       }
       case tMissArg:
@@ -557,7 +557,7 @@ bool CFormulaUnparserBase::DoOperator(unsigned char cBase) {
     TFragment& f = m_Stack.back();
     if (op.nKind == okPrefix) {
       Prepend(f, nPiece);
-      f.bStartsWithRef = false;
+      f.bStartsWithRef = f.bStartsWithPrefix = false;
     } else {
       Append(f, nPiece);
       f.bEndsWithCell = false;
@@ -570,7 +570,9 @@ bool CFormulaUnparserBase::DoOperator(unsigned char cBase) {
   TFragment& left = m_Stack.back();
   // Written as "A1:C1" a cell, the range operator and a cell would read back as one
   // rectangle token; the space keeps them two operands.
-  if (cBase == tRange && left.bEndsWithCell && right.bStartsWithRef) sText += u' ';
+  if (cBase == tRange &&
+      ((left.bEndsWithCell && right.bStartsWithRef) || right.bStartsWithPrefix))
+    sText += u' ';
   Append(left, NewPiece(sText.data(), static_cast<int>(sText.size())));
   AppendFragment(left, right);
   left.bEndsWithCell = right.bEndsWithCell;
@@ -604,7 +606,7 @@ bool CFormulaUnparserBase::DoFunction(int nFunc, int nArgs, bool bFixed) {
     AppendFragment(call, m_Stack[j]);
   }
   Append(call, NewPiece(u")", 1));
-  call.bStartsWithRef = call.bEndsWithCell = false;
+  call.bStartsWithRef = call.bEndsWithCell = call.bStartsWithPrefix = false;
   m_Stack.resize(nFirst);
   m_Stack.push_back(call);
   return true;
@@ -727,4 +729,5 @@ void CFormulaUnparserBase::DoReference(unsigned char cBase, const unsigned char*
     PushText(s);
   }
   m_Stack.back().bStartsWithRef = true;
+  m_Stack.back().bStartsWithPrefix = b3d;
 }

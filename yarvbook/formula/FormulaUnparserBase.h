@@ -112,6 +112,9 @@ class YARVBOOK_API CFormulaUnparserBase : public CFormulaIterator,
     // them.
     bool bStartsWithRef = false;
     bool bEndsWithCell = false;
+    // The text begins with a sheet or book prefix: "Tax" ":" "Sheet1!R5" would read
+    // back as the sheet span "Tax:Sheet1", so the operator is written ": " here too.
+    bool bStartsWithPrefix = false;
   };
 
   void Reset();
