@@ -58,37 +58,12 @@ long CRecalcChain::FindCell(const CFormulaCell* pCell) const {
 
 void CRecalcChain::CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell) {
   const TCell base = pCell->GetCell();
-  CFormulaRefIterator it(pBook, pSheet, pCell->GetFormula(), pCell->GetFormulaType(), base);
-  TRef ref;
   // Names met on the way are expanded into the references of their definitions,
   // each once per formula; their definitions are read at the formula's cell.
   std::vector<int> names;
-  while (it.Next(ref)) {
-    switch (ref.eKind) {
-      case TRef::rkArea:
-        AddRef(pBook, pSheet, ref, m_Graph);
-        break;
-      case TRef::rkName:
-        if (std::find(names.begin(), names.end(), ref.nName) == names.end())
-          names.push_back(ref.nName);
-        break;
-      case TRef::rkVolatile:
-        m_Graph.AddFlags(CDependencyGraph::dfVolatile);
-        break;
-      case TRef::rkNameX:
-      case TRef::rkUntrackable:
-        m_Graph.AddFlags(CDependencyGraph::dfUntrackable);
-        break;
-    }
-  }
-  for (size_t i = 0; i < names.size(); i++) {
-    m_Graph.AddName(names[i]);
-    CName* pName = pBook->GetName(names[i]);
-    if (!pName || !pName->GetFormula()) continue;
-    CFormulaRefIterator inner(pBook, pSheet, pName->GetFormula(),
-                              static_cast<CFormulaBase::EFormulaType>(pName->GetFormulaType()),
-                              base);
-    while (inner.Next(ref)) {
+  auto walk = [&](CFormulaRefIterator& it) {
+    TRef ref;
+    while (it.Next(ref)) {
       switch (ref.eKind) {
         case TRef::rkArea:
           AddRef(pBook, pSheet, ref, m_Graph);
@@ -106,6 +81,17 @@ void CRecalcChain::CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCel
           break;
       }
     }
+  };
+  CFormulaRefIterator it(pBook, pSheet, pCell->GetFormula(), pCell->GetFormulaType(), base);
+  walk(it);
+  for (size_t i = 0; i < names.size(); i++) {  // walk may append further names
+    m_Graph.AddName(names[i]);
+    CName* pName = pBook->GetName(names[i]);
+    if (!pName || !pName->GetFormula()) continue;
+    CFormulaRefIterator inner(pBook, pSheet, pName->GetFormula(),
+                              static_cast<CFormulaBase::EFormulaType>(pName->GetFormulaType()),
+                              base);
+    walk(inner);
   }
 }
 
