@@ -362,6 +362,15 @@ void RunWorkload(const std::string& dir, const TJson& workload) {
   std::printf("   memory growth: resident %.1f MB, heap %.1f MB (%.0f heap bytes per formula)\n",
               rRssMb, rHeapMb, rHeapMb * 1024 * 1024 / rFormulas);
 
+  // YARVBOOK_BENCH_REPEAT=N repeats the full recalculation N more times, untimed, so a
+  // profiler run over the program sees mostly the calculation.
+  if (const char* pszRepeat = std::getenv("YARVBOOK_BENCH_REPEAT")) {
+    for (int i = std::atoi(pszRepeat); i > 0; i--) {
+      pBook->SetNeedsRecalcAllFormulas();
+      pBook->Recalc();
+    }
+  }
+
   // Minimal mode: switching it on asks for one recalculation of everything.
   pBook->SetMinimalRecalc(1);
   pBook->Recalc();

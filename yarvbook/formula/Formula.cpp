@@ -43,16 +43,6 @@ const unsigned char CFormulaBase::m_Bases[128] = {
 
 // Operand bytes behind the token byte, by base code. Keep in step with the token
 // layouts in Formula.h.
-const unsigned char CFormulaBase::TPostfixPtr::m_bSizes[62] = {
-    0,   4,   4,  0,  0, 0,  0, 0,    // 0x00 -, tExp, tTbl, tAdd .. tPower
-    0,   0,   0,  0,  0, 0,  0, 0,    // 0x08 tConcat .. tIsect
-    0,   0,   0,  0,  0, 0,  0, 255,  // 0x10 tList .. tMissArg, tStr
-    255, 255, 10, 4,  1, 1,  2, 8,    // 0x18 tExtended, tAttr, legacy, tErr, tBool, tInt, tNum
-    7,   2,   3,  4,  4, 8,  6, 6,    // 0x20 tArray, tFunc, tFuncVar, tName, tRef, tArea, tMem*
-    6,   2,   4,  8,  4, 8,  2, 2,    // 0x28 tMemNoMem, tMemFunc, tRefErr, tAreaErr, tRefN ..
-    0,   0,   0,  0,  0, 0,  0, 0,    // 0x30 unused
-    0,   6,   6,  10, 6, 10,          // 0x38 unused, tNameX, tRef3d, tArea3d, tRefErr3d, ..
-};
 
 unsigned char CFormulaBase::ErrorToBiff(int nError) {
   if (nError < 1 || nError > 7) return 0x2A;
@@ -130,10 +120,7 @@ void CFormulaBase::TPostfixPtr::Zero(int nCount) {
   m_p += nCount;
 }
 
-int CFormulaBase::TPostfixPtr::SizeToken(unsigned char cBase) const {
-  if (cBase >= sizeof m_bSizes) return 0;
-  const unsigned char nSize = m_bSizes[cBase];
-  if (nSize != 255) return nSize;
+int CFormulaBase::TPostfixPtr::SizeVariableToken(unsigned char cBase) const {
   switch (cBase) {
     case tStr:
       return 1 + 2 * m_p[0];

@@ -190,7 +190,11 @@ class YARVBOOK_API CFormulaBase {
     // Operand bytes of the token whose code was just read (the cursor stands behind
     // the token byte): the table size, or for tStr, tExtended and tAttr the size that
     // the leading operand bytes give. Other codes outside the table give 0.
-    int SizeToken(unsigned char cBase) const;
+    int SizeToken(unsigned char cBase) const {
+      if (cBase >= sizeof m_bSizes) return 0;
+      const unsigned char nSize = m_bSizes[cBase];
+      return nSize != 255 ? nSize : SizeVariableToken(cBase);
+    }
     // Steps over the operands of the token just read.
     void NextToken(unsigned char cBase) { m_p += SizeToken(cBase); }
     // Advances pAdded past the added-data item of the token just read (class bits may
@@ -202,9 +206,20 @@ class YARVBOOK_API CFormulaBase {
 
     // Fixed operand sizes by base code 0x00..0x3D; 255 where the size depends on the
     // operands.
-    static const unsigned char m_bSizes[62];
+    static constexpr unsigned char m_bSizes[62] = {
+      0,   4,   4,  0,  0, 0,  0, 0,    // 0x00 -, tExp, tTbl, tAdd .. tPower
+      0,   0,   0,  0,  0, 0,  0, 0,    // 0x08 tConcat .. tIsect
+      0,   0,   0,  0,  0, 0,  0, 255,  // 0x10 tList .. tMissArg, tStr
+      255, 255, 10, 4,  1, 1,  2, 8,    // 0x18 tExtended, tAttr, legacy, tErr, tBool, tInt, tNum
+      7,   2,   3,  4,  4, 8,  6, 6,    // 0x20 tArray, tFunc, tFuncVar, tName, tRef, tArea, tMem*
+      6,   2,   4,  8,  4, 8,  2, 2,    // 0x28 tMemNoMem, tMemFunc, tRefErr, tAreaErr, tRefN ..
+      0,   0,   0,  0,  0, 0,  0, 0,    // 0x30 unused
+      0,   6,   6,  10, 6, 10,          // 0x38 unused, tNameX, tRef3d, tArea3d, tRefErr3d, ..
+    };
 
    private:
+    int SizeVariableToken(unsigned char cBase) const;
+
     unsigned char* m_p = nullptr;
   };
 
