@@ -229,24 +229,27 @@ void CFormulaEvaluator::Evaluate(CFormulaCell* pCell) {
 void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
   m_pEntry = pEntry;
   m_ArrayOperands.clear();
-  m_Cur = TPostfixPtr(pFormula->GetPostfix());
-  m_End = TPostfixPtr(pFormula->GetPostfix() + pFormula->GetPostfixLen());
+  TPostfixPtr cur(pFormula->GetPostfix());
+  const TPostfixPtr end(pFormula->GetPostfix() + pFormula->GetPostfixLen());
   m_Added = TPostfixPtr(pFormula->GetAddedData());
   m_pAddedEnd = pFormula->GetAddedData() + pFormula->GetAddedDataLen();
   bool bAbort = false;
-  while (!bAbort && m_Cur < m_End) {
-    const unsigned char cCode = m_Cur.GetByte();
+  while (!bAbort && cur < end) {
+    const unsigned char cCode = cur.GetByte();
     const unsigned char cBase = CFormulaBase::TokenBase(cCode);
-    const int nLeft = m_End - m_Cur;
-    // Variable-size tokens read their size from their first operand bytes.
-    if ((cBase == CFormulaBase::tStr || cBase == CFormulaBase::tExtended) && nLeft < 1) break;
-    if (cBase == CFormulaBase::tAttr && nLeft < 3) break;
-    const int nSize = m_Cur.SizeToken(cBase);
+    const int nLeft = end - cur;
+    int nSize = cBase < sizeof TPostfixPtr::m_bSizes ? TPostfixPtr::m_bSizes[cBase] : 0;
+    if (nSize == 255) {
+      // Variable-size tokens read their size from their first operand bytes.
+      if ((cBase == CFormulaBase::tStr || cBase == CFormulaBase::tExtended) && nLeft < 1) break;
+      if (cBase == CFormulaBase::tAttr && nLeft < 3) break;
+      nSize = cur.SizeToken(cBase);
+    }
     if (nSize > nLeft) {
       bAbort = true;
       break;
     }
-    TPostfixPtr operands = m_Cur;
+    TPostfixPtr operands = cur;
     const int nValues = static_cast<int>(m_pVal - pEntry);
     switch (cBase) {
       case CFormulaBase::tAdd:
@@ -339,8 +342,17 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
         break;
       }
       case CFormulaBase::tRef:
-      case CFormulaBase::tArea:
       case CFormulaBase::tRefN:
+        // A value-class reference to one cell that holds something is its value:
+        // read it into the slot now rather than pushing the reference for the
+        // consumer to read. An empty cell stays a reference (a function may tell an
+        // omitted argument from an empty cell).
+        if ((cCode & 0x60) == CFormulaBase::kClassValue && !m_bCalcArray &&
+            PushCellValue(cBase, operands))
+          break;
+        PushRef(cBase, operands);
+        break;
+      case CFormulaBase::tArea:
       case CFormulaBase::tAreaN:
       case CFormulaBase::tRef3d:
       case CFormulaBase::tArea3d:
@@ -368,17 +380,18 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
         break;
     }
     if (bAbort) break;
-    DropArrayOperands(m_pVal + 1);
+    if (!m_ArrayOperands.empty()) DropArrayOperands(m_pVal + 1);
     if (!m_bCalcArray && (cCode & 0x60) == CFormulaBase::kClassArray && IsOperandToken(cBase))
       m_ArrayOperands.push_back(m_pVal);
-    if (!SkipAdded(cBase, m_Cur)) bAbort = true;
-    m_Cur.Skip(nSize);
+    if ((cBase == CFormulaBase::tMemArea || cBase == CFormulaBase::tExtended) &&
+        !SkipAdded(cBase, cur))
+      bAbort = true;
+    cur.Skip(nSize);
   }
   if (bAbort) {
     // Whatever this formula pushed goes; the formula cannot be computed.
     DropTo(pEntry);
     Push()->SetError(TValue::errFormula);
-    m_Cur = m_End;
   }
 }
 
@@ -477,6 +490,16 @@ int CFormulaEvaluator::AbsCol(unsigned short wColWord, bool bOffset) const {
   const int nCol = wColWord & 0xFF;
   if (bOffset && (wColWord & CFormulaBase::kColRelative)) return (nCol + m_Base.col) & 0xFF;
   return nCol;
+}
+
+bool CFormulaEvaluator::PushCellValue(unsigned char cBase, TPostfixPtr operands) {
+  if (m_pSheet == nullptr) return false;
+  const bool bOffset = m_bRelIsOffset || cBase == CFormulaBase::tRefN;
+  const unsigned short wRow = operands.GetWord(), wCol = operands.GetWord();
+  const CCell* pCell = m_pSheet->Cell(AbsRow(wRow, wCol, bOffset), AbsCol(wCol, bOffset));
+  if (pCell == nullptr || pCell->IsEmpty()) return false;
+  pCell->GetValue(*Push());
+  return true;
 }
 
 void CFormulaEvaluator::PushRef(unsigned char cBase, TPostfixPtr operands) {
@@ -728,6 +751,10 @@ void CFormulaEvaluator::DropArrayOperands(const TValue* pFrom) {
 }
 
 void CFormulaEvaluator::EvaluateOpWithArray(const TOpUnary* pOp, TValue* pArgs) {
+  if (!m_bCalcArray && m_ArrayOperands.empty()) {
+    pOp->Evaluate(pArgs);
+    return;
+  }
   const bool bArray = m_bCalcArray || IsArrayOperand(pArgs);
   if (!bArray || ElementCount(pArgs[0]) < 2) {
     pOp->Evaluate(pArgs);
@@ -741,6 +768,10 @@ void CFormulaEvaluator::EvaluateOpWithArray(const TOpUnary* pOp, TValue* pArgs) 
 }
 
 void CFormulaEvaluator::EvaluateOpWithArray(const TOpBinary* pOp, TValue* pArgs) {
+  if (!m_bCalcArray && m_ArrayOperands.empty()) {
+    pOp->Evaluate(pArgs);
+    return;
+  }
   const int nLeft = ElementCount(pArgs[0]), nRight = ElementCount(pArgs[1]);
   // An array-class operand makes the result one too, whatever its size.
   const bool bForced = IsArrayOperand(&pArgs[0]) || IsArrayOperand(&pArgs[1]);

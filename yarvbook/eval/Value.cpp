@@ -1011,6 +1011,11 @@ int TValue::CvtRangeToValue(int nRow, int nCol, bool bRelative) {
     SetError(errRef);
     return 0;
   }
+  if (m_u.ref.wRow1 == m_u.ref.wRow2 && m_u.ref.bCol1 == m_u.ref.bCol2) {
+    // One cell is its own value wherever the formula stands.
+    GetCellValue(pSheet, m_u.ref.wRow1, m_u.ref.bCol1, *this);
+    return 1;
+  }
   TRange range(m_u.ref.wRow1, m_u.ref.bCol1, m_u.ref.wRow2, m_u.ref.bCol2);
   if (nRow < 0 && nCol < 0) {
     if (s_pfnBaseCell == nullptr || !s_pfnBaseCell(&nRow, &nCol)) nRow = nCol = -1;

@@ -145,6 +145,11 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
   return pHead;
 }
 
+namespace {
+// How far ahead of the cell being computed the recompute loop fetches cells.
+constexpr std::size_t kPrefetchCells = 8;
+}  // namespace
+
 unsigned CRecalcChain::Recompute(CBookBase* pBook, bool bAll) {
   m_nLastRecomputed = 0;
   if (m_Cells.empty()) return 0;
@@ -179,8 +184,16 @@ unsigned CRecalcChain::Recompute(CBookBase* pBook, bool bAll) {
   for (;;) {
     double rLargest = 0;
     bool bAnyCircular = false;
-    for (const std::uint32_t nId : ids) {
-      CFormulaCell* pCell = m_Cells[nId];
+    const std::size_t nIds = ids.size();
+    for (std::size_t i = 0; i < nIds; i++) {
+      // The cells lie wherever they were made: fetch a few ahead, and the token
+      // stream of the next but one, so that their first touch does not stall.
+      if (i + kPrefetchCells < nIds) __builtin_prefetch(m_Cells[ids[i + kPrefetchCells]]);
+      if (i + 2 < nIds && bFirst) {
+        const CFormula* pAhead = m_Cells[ids[i + 2]]->GetFormula();
+        if (pAhead != nullptr) __builtin_prefetch(pAhead->GetPostfix());
+      }
+      CFormulaCell* pCell = m_Cells[ids[i]];
       const bool bCircular = pCell->IsCircular();
       // After the first pass only circular cells can still change: every other cell
       // was computed after all it reads.
