@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -41,7 +42,8 @@ std::unique_ptr<TValue[]>& StackBlock() {
   return s_pBlock;
 }
 
-TValue* StackEnd() { return StackBlock().get() + CFormulaEvaluator::kStackSize; }
+// One past the block's last slot, set with the block.
+TValue* g_pStackEnd = nullptr;
 
 // Cells are read straight from the sheet's rows. The value is built in one scratch
 // record per process: a number costs no allocation; a text is copied.
@@ -140,9 +142,10 @@ CFormulaEvaluator::CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet)
 }
 
 void CFormulaEvaluator::Init() {
-  if (!StackBlock()) {
+  if (g_pStackEnd == nullptr) {
     StackBlock().reset(new TValue[kStackSize]);
     m_pVal = StackBlock().get();
+    g_pStackEnd = m_pVal + kStackSize;
   }
 }
 
@@ -168,7 +171,7 @@ TValue* CFormulaEvaluator::Evaluate(CFormula* pFormula, CFormulaBase::EFormulaTy
   m_nValFormat = 0;
   m_bRelIsOffset = CFormulaBase::IsOffsetType(type);
   // A formula pushes at most one value per token byte.
-  if (m_nNesting >= kMaxNesting || m_pVal + pFormula->GetPostfixLen() + 2 >= StackEnd())
+  if (m_nNesting >= kMaxNesting || m_pVal + pFormula->GetPostfixLen() + 2 >= g_pStackEnd)
     return Evaluate(TValue::errName);
   m_pLastBook = m_pBook;
   m_pLastSheet = m_pSheet;
@@ -205,6 +208,17 @@ void CFormulaEvaluator::Evaluate(CFormulaCell* pCell) {
   TValue result;
   try {
     TValue* pResult = Evaluate(pCell->GetFormula(), pCell->GetFormulaType());
+    if (pResult != nullptr && pResult->GetValType() == TValue::vtReal) {
+      // A finite number, the common result, goes straight into the cell.
+      double r;
+      pResult->GetValue(r);
+      if (std::isfinite(r)) {
+        m_bCalcArray = bOldArray;
+        pCell->SetRecalcNumber(r);
+        pCell->SetNeedsRecompute(false);
+        return;
+      }
+    }
     if (pResult != nullptr) result.CopyAndClearSource(*pResult);
   } catch (...) {
     m_bCalcArray = bOldArray;
@@ -272,7 +286,10 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
           bAbort = true;
           break;
         }
-        EvaluateOpWithArray(pOp, m_pVal - 1);
+        if (!m_bCalcArray && m_ArrayOperands.empty())
+          pOp->Evaluate(m_pVal - 1);
+        else
+          EvaluateOpWithArray(pOp, m_pVal - 1);
         --m_pVal;
         break;
       }
@@ -496,7 +513,7 @@ bool CFormulaEvaluator::PushCellValue(unsigned char cBase, TPostfixPtr operands)
   if (m_pSheet == nullptr) return false;
   const bool bOffset = m_bRelIsOffset || cBase == CFormulaBase::tRefN;
   const unsigned short wRow = operands.GetWord(), wCol = operands.GetWord();
-  const CCell* pCell = m_pSheet->Cell(AbsRow(wRow, wCol, bOffset), AbsCol(wCol, bOffset));
+  const CCell* pCell = GetValueCell(m_pSheet, AbsRow(wRow, wCol, bOffset), AbsCol(wCol, bOffset));
   if (pCell == nullptr || pCell->IsEmpty()) return false;
   pCell->GetValue(*Push());
   return true;
