@@ -125,6 +125,14 @@ bool IsRefOp(const TOpBinary* pOp) {
 
 }  // namespace
 
+CFormulaEvaluator::CFormulaEvaluator(CBookBase* pBook, CFormulaCell* pCell)
+    : m_pBook(pBook),
+      m_pSheet(pCell->GetSheet()),
+      m_pCell(pCell),
+      m_Base(pCell->GetRow(), pCell->GetCol()) {
+  Init();
+}
+
 CFormulaEvaluator::CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell,
                                      const TCell& base)
     : m_pBook(pBook), m_pSheet(pSheet), m_pCell(pCell), m_Base(base) {

@@ -36,6 +36,8 @@ class YARVBOOK_API CFormulaEvaluator {
   static constexpr int kMaxNesting = 64;
 
   CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell, const TCell& base);
+  // The cell's own sheet and position: what a recalculation computes a cell with.
+  CFormulaEvaluator(CBookBase* pBook, CFormulaCell* pCell);
   CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet, const TCell& base);
   CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet);
   CFormulaEvaluator(const CFormulaEvaluator&) = delete;

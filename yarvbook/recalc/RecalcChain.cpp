@@ -207,9 +207,10 @@ unsigned CRecalcChain::Recompute(CBookBase* pBook, bool bAll) {
         continue;
       }
       // A cell not computed yet reads as 0, so a new cycle iterates from there.
-      const bool bWasNumber = pCell->IsReal() || pCell->IsEmpty();
-      const double rOld = pCell->GetReal();
-      CFormulaEvaluator evaluator(pBook, pCell->GetSheet(), pCell, pCell->GetCell());
+      // Only an iteration needs the change.
+      const bool bWasNumber = bIterate && (pCell->IsReal() || pCell->IsEmpty());
+      const double rOld = bWasNumber ? pCell->GetReal() : 0.0;
+      CFormulaEvaluator evaluator(pBook, pCell);
       evaluator.Evaluate(pCell);
       if (bWasNumber && pCell->IsReal())
         rLargest = std::max(rLargest, std::fabs(pCell->GetReal() - rOld));
