@@ -348,7 +348,7 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
         break;
       case CFormulaBase::tFunc: {
         const int nFunc = operands.GetWord();
-        const TFunc* pFunc = TFunc::GetFunc(static_cast<unsigned>(nFunc));
+        const TFunc* pFunc = TFunc::GetFuncToEvaluate(static_cast<unsigned>(nFunc));
         if (pFunc == nullptr || !EvaluateFunc(nFunc, pFunc->GetMinArgs(), true)) bAbort = true;
         break;
       }
@@ -673,7 +673,7 @@ bool CFormulaEvaluator::EvaluateFunc(int nFunc, int nArgs, bool bSetFormat) {
   if (nFunc < 0 || nFunc >= kNumFuncSlots || nArgs < 0) return false;
   if (m_nNesting > 0 && nArgs > m_pVal - m_pEntry) return false;
   if (nFunc == kFuncExtern) return EvaluateExternCall(nArgs);
-  TFunc* pFunc = TFunc::GetFunc(static_cast<unsigned>(nFunc));
+  TFunc* pFunc = TFunc::GetFuncToEvaluate(static_cast<unsigned>(nFunc));
   if (pFunc == nullptr || nArgs < pFunc->GetMinArgs() || nArgs > pFunc->GetMaxArgs()) return false;
   TValue* pArgs = m_pVal - nArgs + 1;
   const bool bOldSubtotal = m_bSubtotal, bOldSubA = m_bSubA;

@@ -148,7 +148,26 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
 namespace {
 // How far ahead of the cell being computed the recompute loop fetches cells.
 constexpr std::size_t kPrefetchCells = 8;
+// Formulas with at least this many references have the cells they read fetched ahead.
+constexpr std::ptrdiff_t kPrefetchMinRefs = 4;
 }  // namespace
+
+void CRecalcChain::PrefetchReads(const CBookBase* pBook, std::uint32_t nId, bool bCells) const {
+  // A formula of a few references mostly reads near itself, where the cells are
+  // fresh already; fetching would cost more than it saves.
+  const CDependencyGraph::TRef* pEnd = m_Graph.RefsEnd(nId);
+  if (pEnd - m_Graph.RefsBegin(nId) < kPrefetchMinRefs) return;
+  for (const CDependencyGraph::TRef* p = m_Graph.RefsBegin(nId); p != pEnd; p++) {
+    const CSheetBase* pSheet = pBook->SheetBase(p->wSheet);
+    if (pSheet == nullptr) continue;
+    const CRow* pRow = pSheet->Row(p->wRow1);
+    if (pRow == nullptr) continue;
+    if (bCells)
+      __builtin_prefetch(pRow->Cell(p->cCol1));
+    else
+      __builtin_prefetch(pRow);
+  }
+}
 
 unsigned CRecalcChain::Recompute(CBookBase* pBook, bool bAll) {
   m_nLastRecomputed = 0;
@@ -193,6 +212,10 @@ unsigned CRecalcChain::Recompute(CBookBase* pBook, bool bAll) {
         const CFormula* pAhead = m_Cells[ids[i + 2]]->GetFormula();
         if (pAhead != nullptr) __builtin_prefetch(pAhead->GetPostfix());
       }
+      // The cells a formula reads: row objects two steps ahead, cells one step.
+      if (bFirst && i + 2 * kPrefetchCells < nIds)
+        PrefetchReads(pBook, ids[i + 2 * kPrefetchCells], false);
+      if (bFirst && i + kPrefetchCells < nIds) PrefetchReads(pBook, ids[i + kPrefetchCells], true);
       CFormulaCell* pCell = m_Cells[ids[i]];
       const bool bCircular = pCell->IsCircular();
       // After the first pass only circular cells can still change: every other cell

@@ -50,6 +50,9 @@ class YARVBOOK_API CRecalcChain {
   // The dependency information of the cell added last: its formula's references,
   // names (with the references of their definitions) and marks.
   void CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell);
+  // Asks the processor for what cell nId's formula will read (the first cell of each
+  // reference): the row objects, or with bCells the cells themselves.
+  void PrefetchReads(const CBookBase* pBook, std::uint32_t nId, bool bCells) const;
 
   CDependencyGraph m_Graph;
   std::vector<CFormulaCell*> m_Cells;  // by id; not owned
