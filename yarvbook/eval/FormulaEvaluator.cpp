@@ -523,7 +523,10 @@ bool CFormulaEvaluator::PushCellValue(unsigned char cBase, TPostfixPtr operands)
   const unsigned short wRow = operands.GetWord(), wCol = operands.GetWord();
   const CCell* pCell = GetValueCell(m_pSheet, AbsRow(wRow, wCol, bOffset), AbsCol(wCol, bOffset));
   if (pCell == nullptr || pCell->IsEmpty()) return false;
-  pCell->GetValue(*Push());
+  if (pCell->IsReal())
+    Push()->SetValue(pCell->GetReal());
+  else
+    pCell->GetValue(*Push());
   return true;
 }
 
@@ -688,7 +691,7 @@ bool CFormulaEvaluator::EvaluateFunc(int nFunc, int nArgs, bool bSetFormat) {
     CallFunc(pFunc, pArgs, nArgs);
   m_bSubtotal = bOldSubtotal;
   m_bSubA = bOldSubA;
-  DropArrayOperands(pArgs);
+  if (!m_ArrayOperands.empty()) DropArrayOperands(pArgs);
   DropTo(pArgs);
   if (bSetFormat && pFunc->GetValueFormat() != 0) m_nValFormat = pFunc->GetValueFormat();
   return true;
