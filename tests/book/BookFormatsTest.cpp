@@ -1,6 +1,5 @@
 // The book's number formats, a cell's display text through them, and typed text that
 // proposes a format. Every test runs in en-US and leaves it so.
-#include <memory>
 #include <string>
 
 #include "BookFixture.h"

@@ -2,7 +2,6 @@
 // propose a number format, TRUE/FALSE, error texts and fractions; and what fails.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <string>
 
 #include "eval/Value.h"

@@ -3,7 +3,6 @@
 // English resources.
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 
 #include "format/BuiltInFormats.h"
@@ -65,8 +64,6 @@ TEST_F(BuiltInFormatsTest, LocaleAdaptedFormatsShowTheLocale) {
 
 TEST_F(BuiltInFormatsTest, EnglishTableAndAliases) {
   ASSERT_TRUE(SetLocale("en-US"));
-  EXPECT_EQ(u"General", CBuiltInFormats::GetText(0));
-  EXPECT_EQ(u"#,##.00", CBuiltInFormats::GetText(62));
   EXPECT_EQ(CBuiltInFormats::GetText(1), CBuiltInFormats::GetText(59));
   EXPECT_FALSE(CBuiltInFormats::IsAlias(59));
   EXPECT_FALSE(CBuiltInFormats::IsAlias(60));

@@ -3,7 +3,7 @@
 // spreadsheets show for the same format and value.
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <cstdio>
 #include <string>
 
 #include "format/SingleFormat.h"

@@ -1,7 +1,5 @@
 // Criteria: CValueCriteria directly (operators from text, blank rules, text
 // operators on displayed text) and COUNTIF, SUMIF and COUNTBLANK through formulas.
-#include <string>
-
 #include "../EvalFixture.h"
 #include "eval/ValueCriteria.h"
 

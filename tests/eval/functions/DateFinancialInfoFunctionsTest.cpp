@@ -4,8 +4,6 @@
 // against each other (a payment's present value is the loan, interest and principal
 // make the payment, IRR zeroes NPV), the classification of values, and the arity
 // edges of every function of the family.
-#include <string>
-
 #include "../EvalFixture.h"
 #include "platform/Clock.h"
 
