@@ -44,6 +44,21 @@ constexpr TEvalCase kArithmetic[] = {
 
 TEST_F(EvaluatorTest, ArithmeticAndUnaryOperators) { ExpectAll(kArithmetic); }
 
+// A value argument naming one cell reads that cell; an empty cell is not an omitted
+// argument (ADDRESS takes 1 for a missing form, 0 is no form).
+constexpr TEvalCase kCellArguments[] = {
+    {"=ADDRESS(1,1,)", "$A$1"},
+    {"=ADDRESS(1,1,Z1)", "#VALUE!"},
+    {"=ADDRESS(1,1,D1)", "#VALUE!"},  // a formatted cell that holds nothing
+    {"=ADDRESS(1,1,A1)", "$A1"},
+    {"=ADDRESS(1,1,B2)", "#VALUE!"},
+};
+
+TEST_F(EvaluatorTest, CellArgumentsAreNotOmittedArguments) {
+  ASSERT_NE(nullptr, m_pSheet->InitCell(0, 3, 1));
+  ExpectAll(kCellArguments);
+}
+
 // Comparisons ignore case and order kinds Empty < numbers < text < logicals < errors.
 constexpr TEvalCase kCompare[] = {
     {"=\"A\"=\"a\"", "TRUE"}, {"=\"a\"<>\"A\"", "FALSE"},
