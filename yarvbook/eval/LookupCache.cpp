@@ -115,6 +115,7 @@ int CLookupCache::TIndex::FindText(const TValue& v) const {
     const int nAt = m_Line.nFirst + it->nPos;
     const CCell* pCell = m_Line.bHorizontal ? m_Line.pSheet->Cell(m_Line.nLine, nAt)
                                             : m_Line.pSheet->Cell(nAt, m_Line.nLine);
+    if (pCell == nullptr) continue;
     pCell->GetValue(elem);
     if (v.Compare(elem) == 0) return it->nPos;
   }

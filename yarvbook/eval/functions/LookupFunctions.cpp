@@ -2,7 +2,9 @@
 // engine over a table given as a range, an array or a single number; INDEX, OFFSET and
 // INDIRECT make references; ADDRESS writes one as text; ROW, COLUMN, ROWS and COLUMNS
 // measure one. A range is read cell by cell through its sheet, never copied, so a
-// binary search over a column costs a logarithmic number of cell reads.
+// binary search over a column costs a logarithmic number of cell reads. During a
+// recalculation, exact searches along a range's first column or row go through the
+// lookup index (CLookupCache) instead of scanning.
 #include <algorithm>
 #include <string>
 #include <utility>
