@@ -22,54 +22,18 @@ void CDependencyGraph::Reset(int nSheets) {
   m_Flags.clear();
   m_RefStart.assign(1, 0);
   m_Refs.clear();
-  m_NameStart.assign(1, 0);
   m_Names.clear();
   m_Order.clear();
   m_Pos.clear();
   m_AlwaysIds.clear();
-  m_PendingIds.clear();
+  m_nPending = 0;
   m_NameUsers.clear();
   m_Queue.clear();
   m_Dirty.clear();
 }
 
-std::uint32_t CDependencyGraph::AddFormula(int nSheet, int nRow, int nCol, std::uint8_t cFlags) {
-  const std::uint32_t nId = GetCount();
-  if (nId > 0) {
-    m_RefStart.push_back(static_cast<std::uint32_t>(m_Refs.size()));
-    m_NameStart.push_back(static_cast<std::uint32_t>(m_Names.size()));
-  }
-  m_Key.push_back(Key(nRow, nCol));
-  m_Flags.push_back(cFlags);
-  TSheet& sheet = m_Sheets[static_cast<size_t>(nSheet)];
-  if (sheet.nFirst == sheet.nEnd) sheet.nFirst = nId;
-  sheet.nEnd = nId + 1;
-  return nId;
-}
-
-void CDependencyGraph::AddRef(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2) {
-  if (nRow1 > nRow2) std::swap(nRow1, nRow2);
-  if (nCol1 > nCol2) std::swap(nCol1, nCol2);
-  TRef ref;
-  ref.wSheet = static_cast<std::uint16_t>(nSheet);
-  ref.wRow1 = static_cast<std::uint16_t>(std::clamp(nRow1, 0, kMaxRow));
-  ref.wRow2 = static_cast<std::uint16_t>(std::clamp(nRow2, 0, kMaxRow));
-  ref.cCol1 = static_cast<std::uint8_t>(std::clamp(nCol1, 0, kMaxCol));
-  ref.cCol2 = static_cast<std::uint8_t>(std::clamp(nCol2, 0, kMaxCol));
-  m_Refs.push_back(ref);
-  m_Flags.back() |= dfHasDeps;
-}
-
-void CDependencyGraph::AddName(int nName) {
-  m_Names.push_back(nName);
-  m_Flags.back() |= dfHasDeps;
-}
-
 void CDependencyGraph::EndCollect() {
-  if (GetCount() > 0) {
-    m_RefStart.push_back(static_cast<std::uint32_t>(m_Refs.size()));
-    m_NameStart.push_back(static_cast<std::uint32_t>(m_Names.size()));
-  }
+  if (GetCount() > 0) m_RefStart.push_back(static_cast<std::uint32_t>(m_Refs.size()));
   for (TSheet& sheet : m_Sheets) {
     if (sheet.nFirst == sheet.nEnd) continue;
     const int nLastRow = GetRow(sheet.nEnd - 1);
@@ -86,7 +50,20 @@ void CDependencyGraph::EndCollect() {
       nRow = nIdRow + 1;
     }
     while (nRow > 0) sheet.rowFirst[static_cast<size_t>(--nRow)] = nNext;
-    // Column table by counting sort; ids ascend, so each column's list is by row.
+  }
+  // Column tables by counting sort, for the sheets where a formula reads a tall
+  // rectangle (rows not cut to the formula region: a superset of the tall walks).
+  std::vector<bool> tall(m_Sheets.size(), false);
+  for (const TRef& ref : m_Refs)
+    if (ref.wSheet < m_Sheets.size() &&
+        ref.wRow2 - ref.wRow1 + 1 > kTallFactor * (ref.cCol2 - ref.cCol1 + 1))
+      tall[ref.wSheet] = true;
+  for (size_t s = 0; s < m_Sheets.size(); s++) {
+    TSheet& sheet = m_Sheets[s];
+    sheet.colStart.clear();
+    sheet.colIds.clear();
+    if (sheet.nFirst == sheet.nEnd || !tall[s]) continue;
+    // Ids ascend, so each column's list is by row.
     sheet.colStart.assign(kMaxCol + 2, 0);
     for (std::uint32_t nId = sheet.nFirst; nId < sheet.nEnd; nId++)
       sheet.colStart[static_cast<size_t>(GetCol(nId)) + 1]++;
@@ -104,6 +81,15 @@ int CDependencyGraph::GetSheet(std::uint32_t nId) const {
   return -1;
 }
 
+void CDependencyGraph::GetNames(std::uint32_t nId, const TNameUse** pBegin,
+                                const TNameUse** pEnd) const {
+  const auto range = std::equal_range(
+      m_Names.begin(), m_Names.end(), TNameUse{nId, 0},
+      [](const TNameUse& a, const TNameUse& b) { return a.nId < b.nId; });
+  *pBegin = m_Names.data() + (range.first - m_Names.begin());
+  *pEnd = m_Names.data() + (range.second - m_Names.begin());
+}
+
 long CDependencyGraph::FindFormula(int nSheet, int nRow, int nCol) const {
   if (nSheet < 0 || static_cast<size_t>(nSheet) >= m_Sheets.size()) return -1;
   const TSheet& sheet = m_Sheets[static_cast<size_t>(nSheet)];
@@ -111,7 +97,7 @@ long CDependencyGraph::FindFormula(int nSheet, int nRow, int nCol) const {
   return FindInRow(sheet, nRow, nCol);
 }
 
-long CDependencyGraph::FindInRow(const TSheet& sheet, int nRow, int nCol) const {
+inline long CDependencyGraph::FindInRow(const TSheet& sheet, int nRow, int nCol) const {
   const std::uint32_t nKey = Key(nRow, nCol);
   std::uint32_t j = sheet.rowFirst[static_cast<size_t>(nRow)];
   const std::uint32_t jEnd = sheet.rowFirst[static_cast<size_t>(nRow) + 1];
@@ -125,7 +111,7 @@ long CDependencyGraph::FindInRow(const TSheet& sheet, int nRow, int nCol) const 
   return -1;
 }
 
-void CDependencyGraph::SetLine(TFrame& frame) const {
+inline void CDependencyGraph::SetLine(TFrame& frame) const {
   const TSheet& sheet = m_Sheets[frame.wSheet];
   if (frame.bByColumn) {
     // Ids of one column between rows nLo and nHi.
@@ -157,7 +143,7 @@ void CDependencyGraph::SetLine(TFrame& frame) const {
   frame.jEnd = jEnd;
 }
 
-bool CDependencyGraph::NextPrecedent(TFrame& frame, std::uint32_t& nId) const {
+inline bool CDependencyGraph::NextPrecedent(TFrame& frame, std::uint32_t& nId) const {
   for (;;) {
     if (frame.j < frame.jEnd) {
       const std::uint32_t k = frame.j++;
@@ -270,10 +256,57 @@ bool CDependencyGraph::SetDependentCellsOrder(std::uint32_t nRoot, std::vector<T
   return true;
 }
 
-void CDependencyGraph::UpdateFormulaOrder(std::uint32_t nId, std::vector<TFrame>& stack) {
-  if (m_Flags[nId] & dfOrdered) return;
-  SetDependentCellsOrder(nId, stack);
-  Append(nId);
+template <class F>
+bool CDependencyGraph::ForEachPrecedent(std::uint32_t nId, F&& fn) const {
+  // The lines of NextPrecedent and SetLine, walked in the same order.
+  for (const TRef *pRef = RefsBegin(nId), *pRefEnd = RefsEnd(nId); pRef != pRefEnd; pRef++) {
+    if (pRef->wSheet >= m_Sheets.size()) continue;
+    const TSheet& sheet = m_Sheets[pRef->wSheet];
+    if (sheet.rowFirst.empty()) continue;
+    const int nRow1 = pRef->wRow1;
+    const int nRow2 = std::min<int>(pRef->wRow2, static_cast<int>(sheet.rowFirst.size()) - 2);
+    if (nRow1 > nRow2) continue;
+    const int nCol1 = pRef->cCol1, nCol2 = pRef->cCol2;
+    if (pRef->wRow1 == pRef->wRow2 && nCol1 == nCol2) {
+      const long nFound = FindInRow(sheet, nRow1, nCol1);
+      if (nFound >= 0 && !fn(static_cast<std::uint32_t>(nFound))) return false;
+      continue;
+    }
+    if ((nRow2 - nRow1 + 1) > kTallFactor * (nCol2 - nCol1 + 1)) {
+      for (int c = nCol1; c <= nCol2; c++) {
+        const auto itBegin = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(c)];
+        const auto itEnd = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(c) + 1];
+        auto it = std::lower_bound(itBegin, itEnd, nRow1,
+                                   [&](std::uint32_t n, int nRow) { return GetRow(n) < nRow; });
+        for (; it != itEnd && GetRow(*it) <= nRow2; ++it)
+          if (!fn(*it)) return false;
+      }
+      continue;
+    }
+    for (int r = nRow1; r <= nRow2; r++) {
+      std::uint32_t j = sheet.rowFirst[static_cast<size_t>(r)];
+      const std::uint32_t jEnd = sheet.rowFirst[static_cast<size_t>(r) + 1];
+      if (jEnd - j > kScanLimit)
+        j = static_cast<std::uint32_t>(
+            std::lower_bound(m_Key.begin() + j, m_Key.begin() + jEnd, Key(r, nCol1)) -
+            m_Key.begin());
+      else
+        while (j < jEnd && GetCol(j) < nCol1) j++;
+      for (; j < jEnd && GetCol(j) <= nCol2; j++)
+        if (!fn(j)) return false;
+    }
+  }
+  return true;
+}
+
+bool CDependencyGraph::OrderSettled(std::uint32_t nId) {
+  return ForEachPrecedent(nId, [this](std::uint32_t nPrec) {
+    const std::uint8_t cFlags = m_Flags[nPrec];
+    if ((cFlags & (dfOrdered | dfCircular)) == dfOrdered) return true;
+    if (cFlags & (dfOrdered | dfCircular | dfVisiting | dfHasDeps)) return false;
+    Append(nPrec);  // reads nothing: the walk would append it here too
+    return true;
+  });
 }
 
 int CDependencyGraph::BuildOrder() {
@@ -281,11 +314,16 @@ int CDependencyGraph::BuildOrder() {
   m_Order.clear();
   m_Order.reserve(nCount);
   std::vector<TFrame> stack;
-  int nCircular = 0;
   for (std::uint32_t nId = 0; nId < nCount; nId++) {
-    UpdateFormulaOrder(nId, stack);
+    const std::uint8_t cFlags = m_Flags[nId];
+    if (cFlags & dfOrdered) continue;
+    // A circular formula or one that reads nothing is appended as it stands.
+    if ((cFlags & (dfCircular | dfHasDeps)) == dfHasDeps && !OrderSettled(nId))
+      SetDependentCellsOrder(nId, stack);
+    Append(nId);
   }
   m_Pos.resize(nCount);
+  int nCircular = 0;
   for (std::uint32_t i = 0; i < nCount; i++) {
     m_Pos[m_Order[i]] = i;
     if (m_Flags[m_Order[i]] & dfCircular) nCircular++;
@@ -295,25 +333,29 @@ int CDependencyGraph::BuildOrder() {
 
 void CDependencyGraph::BuildDependants() {
   const std::uint32_t nCount = GetCount();
-  std::vector<std::vector<CRefIndex::TEntry>> perSheet(m_Sheets.size());
   m_AlwaysIds.clear();
-  m_PendingIds.clear();
-  m_NameUsers.clear();
+  m_nPending = 0;
   for (std::uint32_t nId = 0; nId < nCount; nId++) {
     if (m_Flags[nId] & (kAlways | dfCircular)) m_AlwaysIds.push_back(nId);
-    if (m_Flags[nId] & dfNeedsRecompute) m_PendingIds.push_back(nId);
-    for (const TRef* p = RefsBegin(nId); p != RefsEnd(nId); p++) {
-      if (p->wSheet >= m_Sheets.size()) continue;
-      perSheet[p->wSheet].push_back({nId, p->wRow1, p->wRow2, p->cCol1, p->cCol2});
-    }
-    for (const std::int32_t* p = NamesBegin(nId); p != NamesEnd(nId); p++)
-      m_NameUsers.push_back(static_cast<std::uint64_t>(static_cast<std::uint32_t>(*p)) << 32 | nId);
+    if (m_Flags[nId] & dfNeedsRecompute) m_nPending++;
   }
+  // The rectangle indexes are filled in two passes over the references: count the
+  // entries of each index node, then place them, by id.
+  for (TSheet& sheet : m_Sheets) sheet.readers.StartCount();
+  for (const TRef& ref : m_Refs)
+    if (ref.wSheet < m_Sheets.size()) m_Sheets[ref.wSheet].readers.Count(ref.wRow1, ref.wRow2);
+  for (TSheet& sheet : m_Sheets) sheet.readers.StartPlace();
+  for (std::uint32_t nId = 0; nId < nCount; nId++)
+    for (const TRef *p = RefsBegin(nId), *pEnd = RefsEnd(nId); p != pEnd; p++)
+      if (p->wSheet < m_Sheets.size())
+        m_Sheets[p->wSheet].readers.Place(nId, p->wRow1, p->wRow2, p->cCol1, p->cCol2);
+  for (TSheet& sheet : m_Sheets) sheet.readers.EndPlace();
+  m_NameUsers.clear();
+  m_NameUsers.reserve(m_Names.size());
+  for (const TNameUse& use : m_Names)
+    m_NameUsers.push_back(static_cast<std::uint64_t>(static_cast<std::uint32_t>(use.nName)) << 32 |
+                          use.nId);
   std::sort(m_NameUsers.begin(), m_NameUsers.end());
-  for (size_t s = 0; s < m_Sheets.size(); s++) {
-    m_Sheets[s].readers.Build(perSheet[s]);
-    std::vector<CRefIndex::TEntry>().swap(perSheet[s]);
-  }
 }
 
 void CDependencyGraph::MarkReaders(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2) {
@@ -324,12 +366,15 @@ void CDependencyGraph::MarkReaders(int nSheet, int nRow1, int nCol1, int nRow2, 
 
 void CDependencyGraph::MarkAlways() {
   for (const std::uint32_t nId : m_AlwaysIds) MarkDirty(nId);
-  // Formulas marked for recomputation when collected are recomputed once.
-  for (const std::uint32_t nId : m_PendingIds) {
+  // Formulas marked for recomputation when collected are recomputed once. One look
+  // at every formula, once after a rebuild, and only when some were marked.
+  if (m_nPending == 0) return;
+  for (std::uint32_t nId = 0; nId < GetCount(); nId++) {
+    if (!(m_Flags[nId] & dfNeedsRecompute)) continue;
     MarkDirty(nId);
     m_Flags[nId] &= static_cast<std::uint8_t>(~dfNeedsRecompute);
   }
-  std::vector<std::uint32_t>().swap(m_PendingIds);
+  m_nPending = 0;
 }
 
 void CDependencyGraph::MarkNameUsers(int nName) {

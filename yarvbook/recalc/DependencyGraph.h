@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/Cell.h"
 #include "base/Export.h"
 #include "recalc/RefIndex.h"
 
@@ -48,7 +49,8 @@ class YARVBOOK_API CDependencyGraph {
   // Forgets everything; the book has nSheets sheets.
   void Reset(int nSheets);
   // The next formula: sheets in ascending order, inside a sheet row by row and column
-  // by column. Returns its id. Throws std::bad_alloc.
+  // by column. Returns its id. Throws std::bad_alloc. (The collection calls are
+  // inline: they run once per formula or reference of the book.)
   std::uint32_t AddFormula(int nSheet, int nRow, int nCol, std::uint8_t cFlags);
   // Dependency information of the formula added last. Rectangles outside the book's
   // sheets are the caller's to flag untrackable. Throw std::bad_alloc.
@@ -79,15 +81,17 @@ class YARVBOOK_API CDependencyGraph {
   int GetCol(std::uint32_t nId) const { return static_cast<int>(m_Key[nId] & 0xFF); }
   // The id of the formula at a position, or -1.
   long FindFormula(int nSheet, int nRow, int nCol) const;
-  // The references and names of a formula.
+  // The references of a formula.
   const TRef* RefsBegin(std::uint32_t nId) const { return m_Refs.data() + m_RefStart[nId]; }
   const TRef* RefsEnd(std::uint32_t nId) const { return m_Refs.data() + m_RefStart[nId + 1]; }
-  const std::int32_t* NamesBegin(std::uint32_t nId) const {
-    return m_Names.data() + m_NameStart[nId];
-  }
-  const std::int32_t* NamesEnd(std::uint32_t nId) const {
-    return m_Names.data() + m_NameStart[nId + 1];
-  }
+  // A defined name a formula uses. Few formulas use names, so they are kept as
+  // pairs, by id, rather than with a start per formula.
+  struct TNameUse {
+    std::uint32_t nId;
+    std::int32_t nName;
+  };
+  // The names formula nId uses: [*pBegin, *pEnd).
+  void GetNames(std::uint32_t nId, const TNameUse** pBegin, const TNameUse** pEnd) const;
 
   // ---- Minimal recalculation -------------------------------------------------------
   // Marks dirty every formula that reads a cell of the rectangle, and queues it.
@@ -117,8 +121,8 @@ class YARVBOOK_API CDependencyGraph {
     // Row table: ids of row r are m_RowFirst[r]..m_RowFirst[r + 1]-1 (absolute ids),
     // for rows 0..(size - 2); rows past it hold no formula.
     std::vector<std::uint32_t> rowFirst;
-    // Column table for tall rectangles: ids of column c, by row, are
-    // colIds[colStart[c]..colStart[c + 1]).
+    // Column table for tall rectangles, built only when a formula reads one on this
+    // sheet: ids of column c, by row, are colIds[colStart[c]..colStart[c + 1]).
     std::vector<std::uint32_t> colStart;
     std::vector<std::uint32_t> colIds;
     CRefIndex readers;  // rectangles read on this sheet -> reading formulas
@@ -144,8 +148,14 @@ class YARVBOOK_API CDependencyGraph {
   bool NextPrecedent(TFrame& frame, std::uint32_t& nId) const;
   // Sets j..jEnd to the ids of line nLine of the frame's current reference.
   void SetLine(TFrame& frame) const;
-  // Appends nId to the order when it is not there yet, after its precedents.
-  void UpdateFormulaOrder(std::uint32_t nId, std::vector<TFrame>& stack);
+  // Calls fn(nPrec) for each formula cell in the rectangles nId reads, in the order
+  // the depth-first walk meets them, until fn returns false; returns false then.
+  template <class F>
+  bool ForEachPrecedent(std::uint32_t nId, F&& fn) const;
+  // Orders nId at once when no precedent needs a walk: each one is ordered and not
+  // circular, or reads nothing (it is appended first, as the walk would). Returns
+  // false, having appended only such precedents, when nId needs the walk.
+  bool OrderSettled(std::uint32_t nId);
   // Orders the precedents of nRoot, depth first with stack as the path: each
   // formula cell in the rectangles it reads is ordered (its own precedents first)
   // and appended unless circular. A formula met again on the path, or one already
@@ -162,15 +172,44 @@ class YARVBOOK_API CDependencyGraph {
   std::vector<std::uint8_t> m_Flags;
   std::vector<std::uint32_t> m_RefStart;  // by id, one more than formulas
   std::vector<TRef> m_Refs;
-  std::vector<std::uint32_t> m_NameStart;
-  std::vector<std::int32_t> m_Names;
+  std::vector<TNameUse> m_Names;            // by id
   std::vector<std::uint32_t> m_Order;       // ids in dependency order
   std::vector<std::uint32_t> m_Pos;         // place in m_Order, by id
   std::vector<std::uint32_t> m_AlwaysIds;   // volatile, untrackable, circular
-  std::vector<std::uint32_t> m_PendingIds;  // marked for recomputation, until the next
-                                            // minimal recalculation
+  // Formulas that still carry the needs-recompute mark of their collection, until
+  // the next minimal recalculation finds them by their flags.
+  std::uint32_t m_nPending = 0;
   // (name, id) pairs sorted by name.
   std::vector<std::uint64_t> m_NameUsers;
   std::vector<std::uint32_t> m_Queue;  // marked, not yet followed
   std::vector<std::uint32_t> m_Dirty;  // marked and followed
 };
+
+inline std::uint32_t CDependencyGraph::AddFormula(int nSheet, int nRow, int nCol,
+                                                  std::uint8_t cFlags) {
+  const std::uint32_t nId = GetCount();
+  if (nId > 0) m_RefStart.push_back(static_cast<std::uint32_t>(m_Refs.size()));
+  m_Key.push_back(static_cast<std::uint32_t>(nRow) << 8 | static_cast<std::uint32_t>(nCol));
+  m_Flags.push_back(cFlags);
+  TSheet& sheet = m_Sheets[static_cast<size_t>(nSheet)];
+  if (sheet.nFirst == sheet.nEnd) sheet.nFirst = nId;
+  sheet.nEnd = nId + 1;
+  return nId;
+}
+
+inline void CDependencyGraph::AddRef(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2) {
+  auto Clamp = [](int n, int nMax) { return n < 0 ? 0 : n > nMax ? nMax : n; };
+  const int nRowLo = Clamp(nRow1 < nRow2 ? nRow1 : nRow2, kMaxRow);
+  const int nRowHi = Clamp(nRow1 < nRow2 ? nRow2 : nRow1, kMaxRow);
+  const int nColLo = Clamp(nCol1 < nCol2 ? nCol1 : nCol2, kMaxCol);
+  const int nColHi = Clamp(nCol1 < nCol2 ? nCol2 : nCol1, kMaxCol);
+  m_Refs.push_back({static_cast<std::uint16_t>(nSheet), static_cast<std::uint16_t>(nRowLo),
+                    static_cast<std::uint16_t>(nRowHi), static_cast<std::uint8_t>(nColLo),
+                    static_cast<std::uint8_t>(nColHi)});
+  m_Flags.back() |= dfHasDeps;
+}
+
+inline void CDependencyGraph::AddName(int nName) {
+  m_Names.push_back({GetCount() - 1, nName});
+  m_Flags.back() |= dfHasDeps;
+}

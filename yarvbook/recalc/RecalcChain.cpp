@@ -18,14 +18,14 @@ namespace {
 
 using TRef = CFormulaRefIterator::TRef;
 
-// Adds what one reference reads to the formula added last. References into other
-// books, through unknown extern-sheet entries or to names of other books cannot be
-// described by this book's rectangles: the formula is then recomputed every time.
-void AddRef(CBookBase* pBook, CSheetBase* pSheet, const TRef& ref, CDependencyGraph& graph) {
-  if (ref.nExternSheet < 0) {
-    if (pSheet) graph.AddRef(pSheet->GetSheetIndex(), ref.nRow1, ref.nCol1, ref.nRow2, ref.nCol2);
-    return;
-  }
+// Reports a formula's references in batches of this many.
+constexpr int kRefBatch = 32;
+
+// Adds what a reference through an extern-sheet entry reads to the formula added
+// last. References into other books, through unknown extern-sheet entries or to
+// names of other books cannot be described by this book's rectangles: the formula
+// is then recomputed every time.
+void AddExternRef(CBookBase* pBook, const TRef& ref, CDependencyGraph& graph) {
   const CExternSheet* pExtern = pBook->GetExternSheet(ref.nExternSheet);
   const CSupBook* pSupBook = pExtern ? pBook->GetSupBook(pExtern->GetSupBook()) : nullptr;
   if (!pSupBook || !pSupBook->IsSelf() || pExtern->IsForNames()) {
@@ -56,42 +56,55 @@ long CRecalcChain::FindCell(const CFormulaCell* pCell) const {
   return nId >= 0 && m_Cells[static_cast<size_t>(nId)] == pCell ? nId : -1;
 }
 
-void CRecalcChain::CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell) {
-  const TCell base = pCell->GetCell();
+void CRecalcChain::CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell,
+                               CFormulaRefIterator& it, CFormulaRefIterator::TRef* pRefs) {
+  // The base cell as two numbers: a TCell built here and copied whole by the callee
+  // would be read back before its two halves have reached memory.
+  const int nRow = pCell->GetRow();
+  const int nCol = pCell->GetCol();
+  const int nSheet = pSheet ? pSheet->GetSheetIndex() : -1;
   // Names met on the way are expanded into the references of their definitions,
   // each once per formula; their definitions are read at the formula's cell.
-  std::vector<int> names;
-  auto walk = [&](CFormulaRefIterator& it) {
-    TRef ref;
-    while (it.Next(ref)) {
-      switch (ref.eKind) {
-        case TRef::rkArea:
-          AddRef(pBook, pSheet, ref, m_Graph);
-          break;
-        case TRef::rkName:
-          if (std::find(names.begin(), names.end(), ref.nName) == names.end())
-            names.push_back(ref.nName);
-          break;
-        case TRef::rkVolatile:
-          m_Graph.AddFlags(CDependencyGraph::dfVolatile);
-          break;
-        case TRef::rkNameX:
-        case TRef::rkUntrackable:
-          m_Graph.AddFlags(CDependencyGraph::dfUntrackable);
-          break;
+  m_NameScratch.clear();
+  auto walk = [&]() {
+    for (;;) {
+      const int n = it.Next(pRefs, kRefBatch);
+      for (int i = 0; i < n; i++) {
+        const TRef& ref = pRefs[i];
+        switch (ref.eKind) {
+          case TRef::rkArea:
+            if (ref.nExternSheet < 0 && nSheet >= 0)
+              m_Graph.AddRef(nSheet, ref.nRow1, ref.nCol1, ref.nRow2, ref.nCol2);
+            else if (ref.nExternSheet >= 0)
+              AddExternRef(pBook, ref, m_Graph);
+            break;
+          case TRef::rkName:
+            if (std::find(m_NameScratch.begin(), m_NameScratch.end(), ref.nName) ==
+                m_NameScratch.end())
+              m_NameScratch.push_back(ref.nName);
+            break;
+          case TRef::rkVolatile:
+            m_Graph.AddFlags(CDependencyGraph::dfVolatile);
+            break;
+          case TRef::rkNameX:
+          case TRef::rkUntrackable:
+            m_Graph.AddFlags(CDependencyGraph::dfUntrackable);
+            break;
+        }
       }
+      if (n < kRefBatch) return;
     }
   };
-  CFormulaRefIterator it(pBook, pSheet, pCell->GetFormula(), pCell->GetFormulaType(), base);
-  walk(it);
-  for (size_t i = 0; i < names.size(); i++) {  // walk may append further names
-    m_Graph.AddName(names[i]);
-    CName* pName = pBook->GetName(names[i]);
+  it.Reset(pSheet, pCell->GetFormula(), pCell->GetFormulaType(), nRow, nCol);
+  walk();
+  for (size_t i = 0; i < m_NameScratch.size(); i++) {  // walk may append further names
+    const int nName = m_NameScratch[i];
+    m_Graph.AddName(nName);
+    CName* pName = pBook->GetName(nName);
     if (!pName || !pName->GetFormula()) continue;
-    CFormulaRefIterator inner(pBook, pSheet, pName->GetFormula(),
-                              static_cast<CFormulaBase::EFormulaType>(pName->GetFormulaType()),
-                              base);
-    walk(inner);
+    it.Reset(pSheet, pName->GetFormula(), static_cast<CFormulaBase::EFormulaType>(pName->GetFormulaType()),
+             nRow, nCol);
+    walk();
   }
 }
 
@@ -100,6 +113,8 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
   m_Graph.Reset(pBook->Sheets());
   m_Cells.clear();
   try {
+    CFormulaRefIterator it(pBook, nullptr, nullptr, CFormulaBase::ftCell, TCell());
+    std::vector<TRef> refs(kRefBatch);
     for (int s = 0; s < pBook->Sheets(); s++) {
       CSheetBase* pSheet = pBook->SheetBase(s);
       if (!pSheet) continue;
@@ -110,15 +125,17 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
           CCell* pCell = pRow->Cell(c);
           if (!pCell || !pCell->IsFormula()) continue;
           auto* pFormulaCell = static_cast<CFormulaCell*>(pCell);
-          pFormulaCell->SetCell3D(pSheet, r, c);
-          pFormulaCell->SetNext(nullptr);
-          pFormulaCell->SetState(
-              CFormulaCell::stOrdered | CFormulaCell::stVisiting | CFormulaCell::stCircular, false);
-          if (bFull) pFormulaCell->SetNeedsRecompute();
+          // The cell is written only where it changes: the threading below writes
+          // every cell once more, and a cell left clean here is not written back to
+          // memory twice.
+          if (pFormulaCell->GetSheet() != pSheet || pFormulaCell->GetRow() != r ||
+              pFormulaCell->GetCol() != c)
+            pFormulaCell->SetCell3D(pSheet, r, c);
+          if (bFull && !pFormulaCell->GetNeedsRecompute()) pFormulaCell->SetNeedsRecompute();
           m_Graph.AddFormula(
               s, r, c, pFormulaCell->GetNeedsRecompute() ? CDependencyGraph::dfNeedsRecompute : 0);
           m_Cells.push_back(pFormulaCell);
-          CollectDeps(pBook, pSheet, pFormulaCell);
+          CollectDeps(pBook, pSheet, pFormulaCell, it, refs.data());
         }
       }
     }
@@ -129,19 +146,22 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
     Clear();
     throw;
   }
-  // Thread the cells in order; the cells keep their ordered and circular marks.
+  // Thread the cells in order: each is ordered, circular as the graph found it, off
+  // the depth-first path, and points at the next (the last at none).
   CFormulaCell* pHead = nullptr;
   CFormulaCell* pTail = nullptr;
   for (const std::uint32_t nId : m_Graph.GetOrder()) {
     CFormulaCell* pCell = m_Cells[nId];
-    pCell->SetOrdered();
-    if (m_Graph.IsCircular(nId)) pCell->SetState(CFormulaCell::stCircular);
+    pCell->SetState(CFormulaCell::stVisiting | CFormulaCell::stCircular, false);
+    pCell->SetState(m_Graph.IsCircular(nId) ? CFormulaCell::stOrdered | CFormulaCell::stCircular
+                                            : CFormulaCell::stOrdered);
     if (pTail)
       pTail->SetNext(pCell);
     else
       pHead = pCell;
     pTail = pCell;
   }
+  if (pTail) pTail->SetNext(nullptr);
   return pHead;
 }
 

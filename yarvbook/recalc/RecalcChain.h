@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/Export.h"
+#include "formula/FormulaRefIterator.h"
 #include "recalc/DependencyGraph.h"
 
 class CBookBase;
@@ -49,10 +50,14 @@ class YARVBOOK_API CRecalcChain {
  private:
   // The dependency information of the cell added last: its formula's references,
   // names (with the references of their definitions) and marks.
-  void CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell);
+  // it is the walker, pointed at each formula in turn; pRefs has room for a batch
+  // of its reports.
+  void CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell,
+                   CFormulaRefIterator& it, CFormulaRefIterator::TRef* pRefs);
 
   CDependencyGraph m_Graph;
   std::vector<CFormulaCell*> m_Cells;  // by id; not owned
   std::vector<std::uint32_t> m_Ids;    // scratch: the cells of one recomputation
+  std::vector<int> m_NameScratch;      // scratch: the names one formula uses
   std::uint32_t m_nLastRecomputed = 0;
 };
