@@ -127,22 +127,21 @@ constexpr int kHitBatch = 64;
 // What a call of a function number tells the walk.
 enum EFuncKind : unsigned char { fkPlain = 0, fkVolatile = 1, fkUntrackable = 2 };
 
-// The kinds by function number, taken from the function table once; one more entry
-// (plain) stands for every number beyond the table.
-const EFuncKind* FuncKinds() {
-  static const std::array<EFuncKind, kNumFuncSlots + 1> kKinds = [] {
-    std::array<EFuncKind, kNumFuncSlots + 1> a{};
-    for (unsigned n = 0; n < kNumFuncSlots; n++) {
-      const TFuncInfo* pInfo = GetFuncInfo(n);
-      if (n == kFuncOffset || n == kFuncIndirect || n == kFuncExtern || n == kFuncAddIn)
-        a[n] = fkUntrackable;
-      else if (pInfo && pInfo->bVolatile)
-        a[n] = fkVolatile;
-    }
-    return a;
-  }();
-  return kKinds.data();
+// The kinds by function number; one more entry (plain) stands for every number
+// beyond the table. Filled when the library is loaded: the function table is a
+// constant, ready before any initialisation runs.
+std::array<EFuncKind, kNumFuncSlots + 1> MakeFuncKinds() {
+  std::array<EFuncKind, kNumFuncSlots + 1> a{};
+  for (unsigned n = 0; n < kNumFuncSlots; n++) {
+    const TFuncInfo* pInfo = GetFuncInfo(n);
+    if (n == kFuncOffset || n == kFuncIndirect || n == kFuncExtern || n == kFuncAddIn)
+      a[n] = fkUntrackable;
+    else if (pInfo && pInfo->bVolatile)
+      a[n] = fkVolatile;
+  }
+  return a;
 }
+const std::array<EFuncKind, kNumFuncSlots + 1> kFuncKinds = MakeFuncKinds();
 
 unsigned short Word(const unsigned char* p) {
   return static_cast<unsigned short>(p[0] | p[1] << 8);
@@ -227,7 +226,7 @@ inline void CFormulaRefIterator::Decode(const unsigned char* pCode, TRef& ref) c
       return;
     case stFunc:
     case stFuncVar:
-      ref.eKind = FuncKinds()[FuncNumber(pCode, info)] == fkVolatile ? TRef::rkVolatile
+      ref.eKind = kFuncKinds[FuncNumber(pCode, info)] == fkVolatile ? TRef::rkVolatile
                                                                      : TRef::rkUntrackable;
       return;
     case stAttr:
@@ -242,7 +241,7 @@ inline void CFormulaRefIterator::Decode(const unsigned char* pCode, TRef& ref) c
 int CFormulaRefIterator::Next(TRef* pRefs, int nMax) {
   const unsigned char* q = m_Cur.Get();
   const unsigned char* const qEnd = m_End.Get();
-  const EFuncKind* const pFuncKinds = FuncKinds();
+  const EFuncKind* const pFuncKinds = kFuncKinds.data();
   int n = 0;
   // One token with every size checked. Operand bytes must lie inside the stream;
   // the bytes that give a size must be there too. False when the walk has ended at

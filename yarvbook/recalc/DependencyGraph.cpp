@@ -51,28 +51,22 @@ void CDependencyGraph::EndCollect() {
     }
     while (nRow > 0) sheet.rowFirst[static_cast<size_t>(--nRow)] = nNext;
   }
-  // Column tables by counting sort, for the sheets where a formula reads a tall
-  // rectangle (rows not cut to the formula region: a superset of the tall walks).
-  std::vector<bool> tall(m_Sheets.size(), false);
-  for (const TRef& ref : m_Refs)
-    if (ref.wSheet < m_Sheets.size() &&
-        ref.wRow2 - ref.wRow1 + 1 > kTallFactor * (ref.cCol2 - ref.cCol1 + 1))
-      tall[ref.wSheet] = true;
-  for (size_t s = 0; s < m_Sheets.size(); s++) {
-    TSheet& sheet = m_Sheets[s];
+  for (TSheet& sheet : m_Sheets) {
     sheet.colStart.clear();
     sheet.colIds.clear();
-    if (sheet.nFirst == sheet.nEnd || !tall[s]) continue;
-    // Ids ascend, so each column's list is by row.
-    sheet.colStart.assign(kMaxCol + 2, 0);
-    for (std::uint32_t nId = sheet.nFirst; nId < sheet.nEnd; nId++)
-      sheet.colStart[static_cast<size_t>(GetCol(nId)) + 1]++;
-    for (int c = 1; c <= kMaxCol + 1; c++) sheet.colStart[c] += sheet.colStart[c - 1];
-    sheet.colIds.resize(sheet.nEnd - sheet.nFirst);
-    std::vector<std::uint32_t> fill(sheet.colStart.begin(), sheet.colStart.end() - 1);
-    for (std::uint32_t nId = sheet.nFirst; nId < sheet.nEnd; nId++)
-      sheet.colIds[fill[static_cast<size_t>(GetCol(nId))]++] = nId;
   }
+}
+
+void CDependencyGraph::BuildColumns(const TSheet& sheet) const {
+  // Counting sort; ids ascend, so each column's list is by row.
+  sheet.colStart.assign(kMaxCol + 2, 0);
+  for (std::uint32_t nId = sheet.nFirst; nId < sheet.nEnd; nId++)
+    sheet.colStart[static_cast<size_t>(GetCol(nId)) + 1]++;
+  for (int c = 1; c <= kMaxCol + 1; c++) sheet.colStart[c] += sheet.colStart[c - 1];
+  sheet.colIds.resize(sheet.nEnd - sheet.nFirst);
+  std::vector<std::uint32_t> fill(sheet.colStart.begin(), sheet.colStart.end() - 1);
+  for (std::uint32_t nId = sheet.nFirst; nId < sheet.nEnd; nId++)
+    sheet.colIds[fill[static_cast<size_t>(GetCol(nId))]++] = nId;
 }
 
 int CDependencyGraph::GetSheet(std::uint32_t nId) const {
@@ -101,6 +95,11 @@ inline long CDependencyGraph::FindInRow(const TSheet& sheet, int nRow, int nCol)
   const std::uint32_t nKey = Key(nRow, nCol);
   std::uint32_t j = sheet.rowFirst[static_cast<size_t>(nRow)];
   const std::uint32_t jEnd = sheet.rowFirst[static_cast<size_t>(nRow) + 1];
+  if (j == jEnd) return -1;
+  // A row whose formulas stand side by side, the common case, is found by subtraction.
+  const std::uint32_t nFirst = m_Key[j];
+  if (m_Key[jEnd - 1] - nFirst == jEnd - 1 - j)
+    return nKey - nFirst <= jEnd - 1 - j ? static_cast<long>(j + (nKey - nFirst)) : -1;
   if (jEnd - j > kScanLimit) {
     const auto itEnd = m_Key.begin() + jEnd;
     const auto it = std::lower_bound(m_Key.begin() + j, itEnd, nKey);
@@ -174,6 +173,7 @@ inline bool CDependencyGraph::NextPrecedent(TFrame& frame, std::uint32_t& nId) c
     frame.wSheet = ref.wSheet;
     frame.bActive = true;
     frame.bByColumn = (nRow2 - nRow1 + 1) > kTallFactor * (ref.cCol2 - ref.cCol1 + 1);
+    if (frame.bByColumn && sheet.colStart.empty()) BuildColumns(sheet);
     if (frame.bByColumn) {
       frame.nLine = ref.cCol1;
       frame.nLineEnd = ref.cCol2;
@@ -210,11 +210,12 @@ bool CDependencyGraph::SetDependentCellsOrder(std::uint32_t nRoot, std::vector<T
       return;
     }
     cFlags |= dfVisiting;
-    TFrame frame{};
+    // Made in place: a frame built aside and copied in would be read back before
+    // its parts have reached memory.
+    TFrame& frame = stack.emplace_back();
     frame.nId = nId;
     frame.nRef = m_RefStart[nId];
     frame.nRefEnd = m_RefStart[nId + 1];
-    stack.push_back(frame);
     nResult = -1;  // pending
   };
 
@@ -273,6 +274,7 @@ bool CDependencyGraph::ForEachPrecedent(std::uint32_t nId, F&& fn) const {
       continue;
     }
     if ((nRow2 - nRow1 + 1) > kTallFactor * (nCol2 - nCol1 + 1)) {
+      if (sheet.colStart.empty()) BuildColumns(sheet);
       for (int c = nCol1; c <= nCol2; c++) {
         const auto itBegin = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(c)];
         const auto itEnd = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(c) + 1];
@@ -299,7 +301,17 @@ bool CDependencyGraph::ForEachPrecedent(std::uint32_t nId, F&& fn) const {
   return true;
 }
 
-bool CDependencyGraph::OrderSettled(std::uint32_t nId) {
+bool CDependencyGraph::OrderSettled(std::uint32_t nId, std::uint16_t wSheet, bool bAnyCircular) {
+  if (!bAnyCircular) {
+    // Every formula with a smaller id is ordered and none is circular, so references
+    // that end before nId's cell (ids follow sheet, row and column) need no look.
+    const std::uint32_t nKey = m_Key[nId];
+    const TRef *pRef = RefsBegin(nId), *pRefEnd = RefsEnd(nId);
+    while (pRef != pRefEnd &&
+           (pRef->wSheet < wSheet || (pRef->wSheet == wSheet && Key(pRef->wRow2, pRef->cCol2) < nKey)))
+      pRef++;
+    if (pRef == pRefEnd) return true;
+  }
   return ForEachPrecedent(nId, [this](std::uint32_t nPrec) {
     const std::uint8_t cFlags = m_Flags[nPrec];
     if ((cFlags & (dfOrdered | dfCircular)) == dfOrdered) return true;
@@ -314,13 +326,21 @@ int CDependencyGraph::BuildOrder() {
   m_Order.clear();
   m_Order.reserve(nCount);
   std::vector<TFrame> stack;
-  for (std::uint32_t nId = 0; nId < nCount; nId++) {
-    const std::uint8_t cFlags = m_Flags[nId];
-    if (cFlags & dfOrdered) continue;
-    // A circular formula or one that reads nothing is appended as it stands.
-    if ((cFlags & (dfCircular | dfHasDeps)) == dfHasDeps && !OrderSettled(nId))
-      SetDependentCellsOrder(nId, stack);
-    Append(nId);
+  // Every formula before the one in hand is ordered; none is circular until a walk
+  // reports one.
+  bool bAnyCircular = false;
+  for (size_t s = 0; s < m_Sheets.size(); s++) {
+    const TSheet& sheet = m_Sheets[s];
+    for (std::uint32_t nId = sheet.nFirst; nId < sheet.nEnd; nId++) {
+      const std::uint8_t cFlags = m_Flags[nId];
+      if (cFlags & dfOrdered) continue;
+      // A circular formula or one that reads nothing is appended as it stands.
+      if ((cFlags & (dfCircular | dfHasDeps)) == dfHasDeps &&
+          !OrderSettled(nId, static_cast<std::uint16_t>(s), bAnyCircular) &&
+          !SetDependentCellsOrder(nId, stack))
+        bAnyCircular = true;
+      Append(nId);
+    }
   }
   m_Pos.resize(nCount);
   int nCircular = 0;

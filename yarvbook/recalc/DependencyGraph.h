@@ -55,6 +55,8 @@ class YARVBOOK_API CDependencyGraph {
   // Dependency information of the formula added last. Rectangles outside the book's
   // sheets are the caller's to flag untrackable. Throw std::bad_alloc.
   void AddRef(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2);
+  // The same for a rectangle known to have its corners in order and inside the grid.
+  void AddRefInGrid(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2);
   void AddName(int nName);
   void AddFlags(std::uint8_t cFlags) { m_Flags.back() |= cFlags; }
   // Ends the collection: closes the last formula's references and builds each
@@ -121,10 +123,10 @@ class YARVBOOK_API CDependencyGraph {
     // Row table: ids of row r are m_RowFirst[r]..m_RowFirst[r + 1]-1 (absolute ids),
     // for rows 0..(size - 2); rows past it hold no formula.
     std::vector<std::uint32_t> rowFirst;
-    // Column table for tall rectangles, built only when a formula reads one on this
-    // sheet: ids of column c, by row, are colIds[colStart[c]..colStart[c + 1]).
-    std::vector<std::uint32_t> colStart;
-    std::vector<std::uint32_t> colIds;
+    // Column table for tall rectangles, built when the order first walks one on
+    // this sheet: ids of column c, by row, are colIds[colStart[c]..colStart[c + 1]).
+    mutable std::vector<std::uint32_t> colStart;
+    mutable std::vector<std::uint32_t> colIds;
     CRefIndex readers;  // rectangles read on this sheet -> reading formulas
   };
 
@@ -141,6 +143,8 @@ class YARVBOOK_API CDependencyGraph {
     bool bActive;  // a reference is being walked
   };
 
+  // Builds the column table of a sheet that holds formulas. Throws std::bad_alloc.
+  void BuildColumns(const TSheet& sheet) const;
   // The id of the formula at row nRow (a row of the sheet's row table), column nCol,
   // or -1.
   long FindInRow(const TSheet& sheet, int nRow, int nCol) const;
@@ -152,10 +156,12 @@ class YARVBOOK_API CDependencyGraph {
   // the depth-first walk meets them, until fn returns false; returns false then.
   template <class F>
   bool ForEachPrecedent(std::uint32_t nId, F&& fn) const;
-  // Orders nId at once when no precedent needs a walk: each one is ordered and not
-  // circular, or reads nothing (it is appended first, as the walk would). Returns
-  // false, having appended only such precedents, when nId needs the walk.
-  bool OrderSettled(std::uint32_t nId);
+  // Orders nId, of sheet wSheet, at once when no precedent needs a walk: each one is
+  // ordered and not circular, or reads nothing (it is appended first, as the walk
+  // would). Returns false, having appended only such precedents, when nId needs the
+  // walk. Every formula with a smaller id must be ordered; bAnyCircular tells whether
+  // one of them is circular.
+  bool OrderSettled(std::uint32_t nId, std::uint16_t wSheet, bool bAnyCircular);
   // Orders the precedents of nRoot, depth first with stack as the path: each
   // formula cell in the rectangles it reads is ordered (its own precedents first)
   // and appended unless circular. A formula met again on the path, or one already
@@ -206,6 +212,14 @@ inline void CDependencyGraph::AddRef(int nSheet, int nRow1, int nCol1, int nRow2
   m_Refs.push_back({static_cast<std::uint16_t>(nSheet), static_cast<std::uint16_t>(nRowLo),
                     static_cast<std::uint16_t>(nRowHi), static_cast<std::uint8_t>(nColLo),
                     static_cast<std::uint8_t>(nColHi)});
+  m_Flags.back() |= dfHasDeps;
+}
+
+inline void CDependencyGraph::AddRefInGrid(int nSheet, int nRow1, int nCol1, int nRow2,
+                                           int nCol2) {
+  m_Refs.push_back({static_cast<std::uint16_t>(nSheet), static_cast<std::uint16_t>(nRow1),
+                    static_cast<std::uint16_t>(nRow2), static_cast<std::uint8_t>(nCol1),
+                    static_cast<std::uint8_t>(nCol2)});
   m_Flags.back() |= dfHasDeps;
 }
 

@@ -20,6 +20,8 @@ using TRef = CFormulaRefIterator::TRef;
 
 // Reports a formula's references in batches of this many.
 constexpr int kRefBatch = 32;
+// Name indexes are 16-bit token operands.
+constexpr size_t kNameSlots = 65536;
 
 // Adds what a reference through an extern-sheet entry reads to the formula added
 // last. References into other books, through unknown extern-sheet entries or to
@@ -47,6 +49,7 @@ void CRecalcChain::Clear() {
   m_Graph.Reset(0);
   std::vector<CFormulaCell*>().swap(m_Cells);
   std::vector<std::uint32_t>().swap(m_Ids);
+  std::vector<std::uint32_t>().swap(m_NameSeen);
 }
 
 long CRecalcChain::FindCell(const CFormulaCell* pCell) const {
@@ -66,22 +69,28 @@ void CRecalcChain::CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCel
   // Names met on the way are expanded into the references of their definitions,
   // each once per formula; their definitions are read at the formula's cell.
   m_NameScratch.clear();
+  const std::uint32_t nStamp = m_Graph.GetCount();
   auto walk = [&]() {
     for (;;) {
       const int n = it.Next(pRefs, kRefBatch);
       for (int i = 0; i < n; i++) {
         const TRef& ref = pRefs[i];
+        if (ref.eKind == TRef::rkArea && ref.nExternSheet < 0) {
+          if (nSheet >= 0) m_Graph.AddRefInGrid(nSheet, ref.nRow1, ref.nCol1, ref.nRow2, ref.nCol2);
+          continue;
+        }
         switch (ref.eKind) {
           case TRef::rkArea:
-            if (ref.nExternSheet < 0 && nSheet >= 0)
-              m_Graph.AddRef(nSheet, ref.nRow1, ref.nCol1, ref.nRow2, ref.nCol2);
-            else if (ref.nExternSheet >= 0)
-              AddExternRef(pBook, ref, m_Graph);
+            AddExternRef(pBook, ref, m_Graph);
             break;
           case TRef::rkName:
-            if (std::find(m_NameScratch.begin(), m_NameScratch.end(), ref.nName) ==
-                m_NameScratch.end())
+            // Stamped with the formula's id + 1: each name once per formula. The
+            // walk reports name indexes as 16-bit operands.
+            if (m_NameSeen.empty()) m_NameSeen.assign(kNameSlots, 0);
+            if (m_NameSeen[static_cast<size_t>(ref.nName) & (kNameSlots - 1)] != nStamp) {
+              m_NameSeen[static_cast<size_t>(ref.nName) & (kNameSlots - 1)] = nStamp;
               m_NameScratch.push_back(ref.nName);
+            }
             break;
           case TRef::rkVolatile:
             m_Graph.AddFlags(CDependencyGraph::dfVolatile);
@@ -112,6 +121,7 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
   *pnCircular = 0;
   m_Graph.Reset(pBook->Sheets());
   m_Cells.clear();
+  std::fill(m_NameSeen.begin(), m_NameSeen.end(), 0);
   try {
     CFormulaRefIterator it(pBook, nullptr, nullptr, CFormulaBase::ftCell, TCell());
     std::vector<TRef> refs(kRefBatch);

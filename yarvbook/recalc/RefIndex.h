@@ -83,6 +83,10 @@ void CRefIndex::ForEachNode(int nRow1, int nRow2, F&& fn) {
 inline void CRefIndex::Count(int nRow1, int nRow2) {
   // The node table is made with the first entry: a sheet nobody reads keeps none.
   if (m_NodeStart.empty()) AllocateNodes();
+  if (nRow1 == nRow2) {  // one leaf, the common case
+    m_NodeStart[static_cast<size_t>(nRow1) + kLeaves + 1]++;
+    return;
+  }
   ForEachNode(nRow1, nRow2, [this](int nNode) { m_NodeStart[static_cast<size_t>(nNode) + 1]++; });
 }
 
