@@ -20,7 +20,8 @@ void CDependencyGraph::Reset(int nSheets) {
   m_Sheets.resize(static_cast<size_t>(nSheets > 0 ? nSheets : 0));
   m_Key.clear();
   m_Flags.clear();
-  m_RefStart.assign(1, 0);
+  m_RefStart.clear();
+  m_RefStart.push_back(0);
   m_Refs.clear();
   m_Names.clear();
   m_Order.clear();
@@ -111,32 +112,33 @@ inline long CDependencyGraph::FindInRow(const TSheet& sheet, int nRow, int nCol)
 }
 
 inline void CDependencyGraph::SetLine(TFrame& frame) const {
-  const TSheet& sheet = m_Sheets[frame.wSheet];
+  const TSheet& sheet = m_Sheets[m_Refs[frame.nRef - 1].wSheet];
+  const int nLine = frame.wLine, nLo = frame.wLo, nHi = frame.wHi;
   if (frame.bByColumn) {
     // Ids of one column between rows nLo and nHi.
-    const auto itBegin = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(frame.nLine)];
-    const auto itEnd = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(frame.nLine) + 1];
+    const auto itBegin = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(nLine)];
+    const auto itEnd = sheet.colIds.begin() + sheet.colStart[static_cast<size_t>(nLine) + 1];
     const auto itLo = std::lower_bound(
-        itBegin, itEnd, frame.nLo, [&](std::uint32_t nId, int nRow) { return GetRow(nId) < nRow; });
+        itBegin, itEnd, nLo, [&](std::uint32_t nId, int nRow) { return GetRow(nId) < nRow; });
     const auto itHi = std::upper_bound(
-        itLo, itEnd, frame.nHi, [&](int nRow, std::uint32_t nId) { return nRow < GetRow(nId); });
+        itLo, itEnd, nHi, [&](int nRow, std::uint32_t nId) { return nRow < GetRow(nId); });
     frame.j = static_cast<std::uint32_t>(itLo - sheet.colIds.begin());
     frame.jEnd = static_cast<std::uint32_t>(itHi - sheet.colIds.begin());
     return;
   }
   // Ids of one row between columns nLo and nHi.
-  std::uint32_t j = sheet.rowFirst[static_cast<size_t>(frame.nLine)];
-  std::uint32_t jEnd = sheet.rowFirst[static_cast<size_t>(frame.nLine) + 1];
+  std::uint32_t j = sheet.rowFirst[static_cast<size_t>(nLine)];
+  std::uint32_t jEnd = sheet.rowFirst[static_cast<size_t>(nLine) + 1];
   if (jEnd - j > kScanLimit) {
     const auto itBegin = m_Key.begin() + j;
     const auto itEnd = m_Key.begin() + jEnd;
-    j = static_cast<std::uint32_t>(std::lower_bound(itBegin, itEnd, Key(frame.nLine, frame.nLo)) -
+    j = static_cast<std::uint32_t>(std::lower_bound(itBegin, itEnd, Key(nLine, nLo)) -
                                    m_Key.begin());
     jEnd = static_cast<std::uint32_t>(
-        std::upper_bound(m_Key.begin() + j, itEnd, Key(frame.nLine, frame.nHi)) - m_Key.begin());
+        std::upper_bound(m_Key.begin() + j, itEnd, Key(nLine, nHi)) - m_Key.begin());
   } else {
-    while (j < jEnd && GetCol(j) < frame.nLo) j++;
-    while (jEnd > j && GetCol(jEnd - 1) > frame.nHi) jEnd--;
+    while (j < jEnd && GetCol(j) < nLo) j++;
+    while (jEnd > j && GetCol(jEnd - 1) > nHi) jEnd--;
   }
   frame.j = j;
   frame.jEnd = jEnd;
@@ -146,17 +148,17 @@ inline bool CDependencyGraph::NextPrecedent(TFrame& frame, std::uint32_t& nId) c
   for (;;) {
     if (frame.j < frame.jEnd) {
       const std::uint32_t k = frame.j++;
-      nId = frame.bByColumn ? m_Sheets[frame.wSheet].colIds[k] : k;
+      nId = frame.bByColumn ? m_Sheets[m_Refs[frame.nRef - 1].wSheet].colIds[k] : k;
       return true;
     }
-    if (frame.bActive && frame.nLine < frame.nLineEnd) {
-      frame.nLine++;
+    if (frame.wLine < frame.wLineEnd) {
+      frame.wLine++;
       SetLine(frame);
       continue;
     }
-    frame.bActive = false;
-    if (frame.nRef >= frame.nRefEnd) return false;
+    if (frame.nRef >= m_RefStart[frame.nId + 1]) return false;
     const TRef& ref = m_Refs[frame.nRef++];
+    frame.wLine = frame.wLineEnd = 0;  // no lines to come but the ones set below
     if (ref.wSheet >= m_Sheets.size()) continue;
     const TSheet& sheet = m_Sheets[ref.wSheet];
     if (sheet.rowFirst.empty()) continue;
@@ -170,26 +172,24 @@ inline bool CDependencyGraph::NextPrecedent(TFrame& frame, std::uint32_t& nId) c
       nId = static_cast<std::uint32_t>(nFound);
       return true;
     }
-    frame.wSheet = ref.wSheet;
-    frame.bActive = true;
     frame.bByColumn = (nRow2 - nRow1 + 1) > kTallFactor * (ref.cCol2 - ref.cCol1 + 1);
     if (frame.bByColumn && sheet.colStart.empty()) BuildColumns(sheet);
     if (frame.bByColumn) {
-      frame.nLine = ref.cCol1;
-      frame.nLineEnd = ref.cCol2;
-      frame.nLo = nRow1;
-      frame.nHi = nRow2;
+      frame.wLine = ref.cCol1;
+      frame.wLineEnd = ref.cCol2;
+      frame.wLo = static_cast<std::uint16_t>(nRow1);
+      frame.wHi = static_cast<std::uint16_t>(nRow2);
     } else {
-      frame.nLine = nRow1;
-      frame.nLineEnd = nRow2;
-      frame.nLo = ref.cCol1;
-      frame.nHi = ref.cCol2;
+      frame.wLine = static_cast<std::uint16_t>(nRow1);
+      frame.wLineEnd = static_cast<std::uint16_t>(nRow2);
+      frame.wLo = ref.cCol1;
+      frame.wHi = ref.cCol2;
     }
     SetLine(frame);
   }
 }
 
-bool CDependencyGraph::SetDependentCellsOrder(std::uint32_t nRoot, std::vector<TFrame>& stack) {
+bool CDependencyGraph::SetDependentCellsOrder(std::uint32_t nRoot, TPodArray<TFrame>& stack) {
   // Entering a formula: a circular one reports circular; one on the path is marked
   // circular; an ordered one or one that reads nothing has nothing to order.
   // Otherwise it goes on the stack. The walk of a frame appends each precedent it
@@ -215,7 +215,6 @@ bool CDependencyGraph::SetDependentCellsOrder(std::uint32_t nRoot, std::vector<T
     TFrame& frame = stack.emplace_back();
     frame.nId = nId;
     frame.nRef = m_RefStart[nId];
-    frame.nRefEnd = m_RefStart[nId + 1];
     nResult = -1;  // pending
   };
 
@@ -325,7 +324,7 @@ int CDependencyGraph::BuildOrder() {
   const std::uint32_t nCount = GetCount();
   m_Order.clear();
   m_Order.reserve(nCount);
-  std::vector<TFrame> stack;
+  TPodArray<TFrame> stack;
   // Every formula before the one in hand is ordered; none is circular until a walk
   // reports one.
   bool bAnyCircular = false;

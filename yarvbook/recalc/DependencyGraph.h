@@ -17,6 +17,7 @@
 
 #include "base/Cell.h"
 #include "base/Export.h"
+#include "recalc/PodArray.h"
 #include "recalc/RefIndex.h"
 
 class YARVBOOK_API CDependencyGraph {
@@ -132,15 +133,17 @@ class YARVBOOK_API CDependencyGraph {
 
   // One step of the depth-first walk: a formula and where its walk over the formula
   // cells of its references stands.
+  // Kept small: a deep walk holds one per formula on its path.
   struct TFrame {
     std::uint32_t nId;
-    std::uint32_t nRef, nRefEnd;  // references still to walk
-    std::uint32_t j, jEnd;        // the slice of ids (or colIds) being walked
-    int nLine, nLineEnd;          // rows (or columns) of the current reference
-    int nLo, nHi;                 // the other coordinate's bounds
-    std::uint16_t wSheet;
+    std::uint32_t nRef;            // the next reference to walk
+    std::uint32_t j, jEnd;         // the slice of ids (or colIds) being walked
+    // The rectangle being walked is reference nRef - 1: its rows (or columns) still
+    // to come run to wLineEnd, wLine being the one walked; the other coordinate's
+    // bounds are wLo..wHi.
+    std::uint16_t wLine, wLineEnd;
+    std::uint16_t wLo, wHi;
     bool bByColumn;
-    bool bActive;  // a reference is being walked
   };
 
   // Builds the column table of a sheet that holds formulas. Throws std::bad_alloc.
@@ -167,17 +170,17 @@ class YARVBOOK_API CDependencyGraph {
   // and appended unless circular. A formula met again on the path, or one already
   // circular, makes every formula on the path circular and ends the walk. Returns
   // false when nRoot is circular.
-  bool SetDependentCellsOrder(std::uint32_t nRoot, std::vector<TFrame>& stack);
+  bool SetDependentCellsOrder(std::uint32_t nRoot, TPodArray<TFrame>& stack);
   void Append(std::uint32_t nId) {
     m_Flags[nId] |= dfOrdered;
     m_Order.push_back(nId);
   }
 
   std::vector<TSheet> m_Sheets;
-  std::vector<std::uint32_t> m_Key;  // row << 8 | col, by id
-  std::vector<std::uint8_t> m_Flags;
-  std::vector<std::uint32_t> m_RefStart;  // by id, one more than formulas
-  std::vector<TRef> m_Refs;
+  TPodArray<std::uint32_t> m_Key;  // row << 8 | col, by id
+  TPodArray<std::uint8_t> m_Flags;
+  TPodArray<std::uint32_t> m_RefStart;  // by id, one more than formulas
+  TPodArray<TRef> m_Refs;
   std::vector<TNameUse> m_Names;            // by id
   std::vector<std::uint32_t> m_Order;       // ids in dependency order
   std::vector<std::uint32_t> m_Pos;         // place in m_Order, by id

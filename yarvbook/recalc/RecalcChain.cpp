@@ -47,7 +47,7 @@ void AddExternRef(CBookBase* pBook, const TRef& ref, CDependencyGraph& graph) {
 
 void CRecalcChain::Clear() {
   m_Graph.Reset(0);
-  std::vector<CFormulaCell*>().swap(m_Cells);
+  m_Cells.Release();
   std::vector<std::uint32_t>().swap(m_Ids);
   std::vector<std::uint32_t>().swap(m_NameSeen);
 }

@@ -11,6 +11,7 @@
 #include "base/Export.h"
 #include "formula/FormulaRefIterator.h"
 #include "recalc/DependencyGraph.h"
+#include "recalc/PodArray.h"
 
 class CBookBase;
 class CFormulaCell;
@@ -56,7 +57,7 @@ class YARVBOOK_API CRecalcChain {
                    CFormulaRefIterator& it, CFormulaRefIterator::TRef* pRefs);
 
   CDependencyGraph m_Graph;
-  std::vector<CFormulaCell*> m_Cells;  // by id; not owned
+  TPodArray<CFormulaCell*> m_Cells;  // by id; not owned
   std::vector<std::uint32_t> m_Ids;    // scratch: the cells of one recomputation
   std::vector<int> m_NameScratch;      // scratch: the names one formula uses
   // Scratch by name index: the id + 1 of the last formula that met the name. Made
