@@ -125,6 +125,7 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
   try {
     CFormulaRefIterator it(pBook, nullptr, nullptr, CFormulaBase::ftCell, TCell());
     std::vector<TRef> refs(kRefBatch);
+    CFormulaCell* pPrev = nullptr;
     for (int s = 0; s < pBook->Sheets(); s++) {
       CSheetBase* pSheet = pBook->SheetBase(s);
       if (!pSheet) continue;
@@ -135,13 +136,19 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
           CCell* pCell = pRow->Cell(c);
           if (!pCell || !pCell->IsFormula()) continue;
           auto* pFormulaCell = static_cast<CFormulaCell*>(pCell);
-          // The cell is written only where it changes: the threading below writes
-          // every cell once more, and a cell left clean here is not written back to
-          // memory twice.
+          // The cells are threaded here, while they are at hand, as if the order
+          // were that of collection, and marked ordered (every cell ends up in the
+          // chain); the few that the order places elsewhere, or finds circular, are
+          // put right after it. A second pass over all the cells would fetch each
+          // one from memory again.
           if (pFormulaCell->GetSheet() != pSheet || pFormulaCell->GetRow() != r ||
               pFormulaCell->GetCol() != c)
             pFormulaCell->SetCell3D(pSheet, r, c);
-          if (bFull && !pFormulaCell->GetNeedsRecompute()) pFormulaCell->SetNeedsRecompute();
+          pFormulaCell->SetState(CFormulaCell::stVisiting | CFormulaCell::stCircular, false);
+          pFormulaCell->SetState(bFull ? CFormulaCell::stOrdered | CFormulaCell::stNeedsRecalc
+                                       : CFormulaCell::stOrdered);
+          if (pPrev) pPrev->SetNext(pFormulaCell);
+          pPrev = pFormulaCell;
           m_Graph.AddFormula(
               s, r, c, pFormulaCell->GetNeedsRecompute() ? CDependencyGraph::dfNeedsRecompute : 0);
           m_Cells.push_back(pFormulaCell);
@@ -149,6 +156,7 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
         }
       }
     }
+    if (pPrev) pPrev->SetNext(nullptr);
     m_Graph.EndCollect();
     *pnCircular = m_Graph.BuildOrder();
     m_Graph.BuildDependants();
@@ -156,22 +164,17 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
     Clear();
     throw;
   }
-  // Thread the cells in order: each is ordered, circular as the graph found it, off
-  // the depth-first path, and points at the next (the last at none).
-  CFormulaCell* pHead = nullptr;
-  CFormulaCell* pTail = nullptr;
-  for (const std::uint32_t nId : m_Graph.GetOrder()) {
-    CFormulaCell* pCell = m_Cells[nId];
-    pCell->SetState(CFormulaCell::stVisiting | CFormulaCell::stCircular, false);
-    pCell->SetState(m_Graph.IsCircular(nId) ? CFormulaCell::stOrdered | CFormulaCell::stCircular
-                                            : CFormulaCell::stOrdered);
-    if (pTail)
-      pTail->SetNext(pCell);
-    else
-      pHead = pCell;
-    pTail = pCell;
+  // Put right what the order does differently from collection: a cell followed by
+  // another than the next one collected (the last by none), a circular cell.
+  const std::vector<std::uint32_t>& order = m_Graph.GetOrder();
+  const std::uint32_t nCount = static_cast<std::uint32_t>(order.size());
+  for (std::uint32_t i = 0; i < nCount; i++) {
+    const std::uint32_t nId = order[i];
+    const std::uint32_t nNext = i + 1 < nCount ? order[i + 1] : nCount;  // nCount: none
+    if (nNext != nId + 1) m_Cells[nId]->SetNext(nNext < nCount ? m_Cells[nNext] : nullptr);
+    if (m_Graph.IsCircular(nId)) m_Cells[nId]->SetState(CFormulaCell::stCircular);
   }
-  if (pTail) pTail->SetNext(nullptr);
+  CFormulaCell* pHead = nCount > 0 ? m_Cells[order[0]] : nullptr;
   return pHead;
 }
 
