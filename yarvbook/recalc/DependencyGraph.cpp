@@ -28,6 +28,7 @@ void CDependencyGraph::Reset(int nSheets) {
   m_Pos.clear();
   m_AlwaysIds.clear();
   m_nPending = 0;
+  m_bCounting = true;
   m_NameUsers.clear();
   m_Queue.clear();
   m_Dirty.clear();
@@ -358,11 +359,15 @@ void CDependencyGraph::BuildDependants() {
     if (m_Flags[nId] & (kAlways | dfCircular)) m_AlwaysIds.push_back(nId);
     if (m_Flags[nId] & dfNeedsRecompute) m_nPending++;
   }
-  // The rectangle indexes are filled in two passes over the references: count the
-  // entries of each index node, then place them, by id.
-  for (TSheet& sheet : m_Sheets) sheet.readers.StartCount();
-  for (const TRef& ref : m_Refs)
-    if (ref.wSheet < m_Sheets.size()) m_Sheets[ref.wSheet].readers.Count(ref.wRow1, ref.wRow2);
+  // The rectangle indexes are filled in two steps: the entries of each index node
+  // are counted as the references are added (again here when the indexes were built
+  // before), then placed, by id.
+  if (!m_bCounting) {
+    for (TSheet& sheet : m_Sheets) sheet.readers.StartCount();
+    for (const TRef& ref : m_Refs)
+      if (ref.wSheet < m_Sheets.size()) m_Sheets[ref.wSheet].readers.Count(ref.wRow1, ref.wRow2);
+  }
+  m_bCounting = false;
   for (TSheet& sheet : m_Sheets) sheet.readers.StartPlace();
   for (std::uint32_t nId = 0; nId < nCount; nId++)
     for (const TRef *p = RefsBegin(nId), *pEnd = RefsEnd(nId); p != pEnd; p++)

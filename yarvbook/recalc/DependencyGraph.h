@@ -188,6 +188,9 @@ class YARVBOOK_API CDependencyGraph {
   // Formulas that still carry the needs-recompute mark of their collection, until
   // the next minimal recalculation finds them by their flags.
   std::uint32_t m_nPending = 0;
+  // The rectangle indexes count the references as they are added, from Reset until
+  // BuildDependants.
+  bool m_bCounting = true;
   // (name, id) pairs sorted by name.
   std::vector<std::uint64_t> m_NameUsers;
   std::vector<std::uint32_t> m_Queue;  // marked, not yet followed
@@ -216,6 +219,8 @@ inline void CDependencyGraph::AddRef(int nSheet, int nRow1, int nCol1, int nRow2
                     static_cast<std::uint16_t>(nRowHi), static_cast<std::uint8_t>(nColLo),
                     static_cast<std::uint8_t>(nColHi)});
   m_Flags.back() |= dfHasDeps;
+  if (m_bCounting && static_cast<size_t>(nSheet) < m_Sheets.size())
+    m_Sheets[static_cast<size_t>(nSheet)].readers.Count(nRowLo, nRowHi);
 }
 
 inline void CDependencyGraph::AddRefInGrid(int nSheet, int nRow1, int nCol1, int nRow2,
@@ -224,6 +229,8 @@ inline void CDependencyGraph::AddRefInGrid(int nSheet, int nRow1, int nCol1, int
                     static_cast<std::uint16_t>(nRow2), static_cast<std::uint8_t>(nCol1),
                     static_cast<std::uint8_t>(nCol2)});
   m_Flags.back() |= dfHasDeps;
+  if (m_bCounting && static_cast<size_t>(nSheet) < m_Sheets.size())
+    m_Sheets[static_cast<size_t>(nSheet)].readers.Count(nRow1, nRow2);
 }
 
 inline void CDependencyGraph::AddName(int nName) {
