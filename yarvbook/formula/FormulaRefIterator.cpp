@@ -179,42 +179,38 @@ void CFormulaRefIterator::Reset(CSheetBase* pSheet, CFormula* pFormula, EFormula
 inline void CFormulaRefIterator::Decode(const unsigned char* pCode, TRef& ref) const {
   const TTokenInfo& info = kTokens[*pCode];
   const unsigned char* op = pCode + 1;
+  const unsigned char eStep = info.eStep;
+  // References first, and without a jump table: they are most of the reports.
+  if (eStep >= stRef && eStep <= stArea3d) {
+    const bool b3d = eStep == stRef3d || eStep == stArea3d;
+    const bool bCell = eStep <= stRef3d;
+    const bool bOffset = m_bRelRCIsOffset || eStep == stRefN || eStep == stAreaN;
+    ref.nExternSheet = b3d ? static_cast<short>(Word(op)) : -1;
+    if (b3d) op += 2;
+    // Cell: row, column word; area: first row, last row, first and last column words.
+    const unsigned short wRow1 = Word(op);
+    const unsigned short wRow2 = bCell ? wRow1 : Word(op + 2);
+    const unsigned short wCol1 = Word(bCell ? op + 2 : op + 4);
+    const unsigned short wCol2 = bCell ? wCol1 : Word(op + 6);
+    auto Row = [&](unsigned short wRow, unsigned short wColWord) {
+      return bOffset && (wColWord & kRowRelative) ? (m_Base.row + wRow) & kMaxRow : int{wRow};
+    };
+    auto Col = [&](unsigned short wColWord) {
+      const int nCol = wColWord & 0xFF;
+      return bOffset && (wColWord & kColRelative) ? (m_Base.col + nCol) & kMaxCol : nCol;
+    };
+    const int nRow1 = Row(wRow1, wCol1), nRow2 = Row(wRow2, wCol2);
+    const int nCol1 = Col(wCol1), nCol2 = Col(wCol2);
+    ref.eKind = TRef::rkArea;
+    ref.nRow1 = std::min(nRow1, nRow2);
+    ref.nRow2 = std::max(nRow1, nRow2);
+    ref.nCol1 = std::min(nCol1, nCol2);
+    ref.nCol2 = std::max(nCol1, nCol2);
+    ref.nName = 0;
+    return;
+  }
   ref = TRef();
-  switch (info.eStep) {
-    case stRef:
-    case stRefN:
-    case stRef3d:
-    case stArea:
-    case stAreaN:
-    case stArea3d: {
-      const bool b3d = info.eStep == stRef3d || info.eStep == stArea3d;
-      const bool bCell = info.eStep <= stRef3d;
-      const bool bOffset = m_bRelRCIsOffset || info.eStep == stRefN || info.eStep == stAreaN;
-      if (b3d) {
-        ref.nExternSheet = static_cast<short>(Word(op));
-        op += 2;
-      }
-      // Cell: row, column word; area: first row, last row, first and last column words.
-      const unsigned short wRow1 = Word(op);
-      const unsigned short wRow2 = bCell ? wRow1 : Word(op + 2);
-      const unsigned short wCol1 = Word(bCell ? op + 2 : op + 4);
-      const unsigned short wCol2 = bCell ? wCol1 : Word(op + 6);
-      auto Row = [&](unsigned short wRow, unsigned short wColWord) {
-        return bOffset && (wColWord & kRowRelative) ? (m_Base.row + wRow) & kMaxRow : int{wRow};
-      };
-      auto Col = [&](unsigned short wColWord) {
-        const int nCol = wColWord & 0xFF;
-        return bOffset && (wColWord & kColRelative) ? (m_Base.col + nCol) & kMaxCol : nCol;
-      };
-      const int nRow1 = Row(wRow1, wCol1), nRow2 = Row(wRow2, wCol2);
-      const int nCol1 = Col(wCol1), nCol2 = Col(wCol2);
-      ref.eKind = TRef::rkArea;
-      ref.nRow1 = std::min(nRow1, nRow2);
-      ref.nRow2 = std::max(nRow1, nRow2);
-      ref.nCol1 = std::min(nCol1, nCol2);
-      ref.nCol2 = std::max(nCol1, nCol2);
-      return;
-    }
+  switch (eStep) {
     case stName:
       ref.eKind = TRef::rkName;
       ref.nName = Word(op);
