@@ -325,6 +325,8 @@ int CDependencyGraph::BuildOrder() {
   const std::uint32_t nCount = GetCount();
   m_Order.clear();
   m_Order.reserve(nCount);
+  m_Pos.SetSize(nCount);
+  m_nCircular = 0;
   TPodArray<TFrame> stack;
   // Every formula before the one in hand is ordered; none is circular until a walk
   // reports one.
@@ -342,13 +344,7 @@ int CDependencyGraph::BuildOrder() {
       Append(nId);
     }
   }
-  m_Pos.resize(nCount);
-  int nCircular = 0;
-  for (std::uint32_t i = 0; i < nCount; i++) {
-    m_Pos[m_Order[i]] = i;
-    if (m_Flags[m_Order[i]] & dfCircular) nCircular++;
-  }
-  return nCircular;
+  return m_nCircular;
 }
 
 void CDependencyGraph::BuildDependants() {

@@ -171,9 +171,12 @@ class YARVBOOK_API CDependencyGraph {
   // circular, makes every formula on the path circular and ends the walk. Returns
   // false when nRoot is circular.
   bool SetDependentCellsOrder(std::uint32_t nRoot, TPodArray<TFrame>& stack);
+  // A formula's flags are final when it is appended.
   void Append(std::uint32_t nId) {
     m_Flags[nId] |= dfOrdered;
+    m_Pos[nId] = static_cast<std::uint32_t>(m_Order.size());
     m_Order.push_back(nId);
+    if (m_Flags[nId] & dfCircular) m_nCircular++;
   }
 
   std::vector<TSheet> m_Sheets;
@@ -183,7 +186,8 @@ class YARVBOOK_API CDependencyGraph {
   TPodArray<TRef> m_Refs;
   std::vector<TNameUse> m_Names;            // by id
   std::vector<std::uint32_t> m_Order;       // ids in dependency order
-  std::vector<std::uint32_t> m_Pos;         // place in m_Order, by id
+  TPodArray<std::uint32_t> m_Pos;           // place in m_Order, by id
+  int m_nCircular = 0;                      // circular formulas in m_Order
   std::vector<std::uint32_t> m_AlwaysIds;   // volatile, untrackable, circular
   // Formulas that still carry the needs-recompute mark of their collection, until
   // the next minimal recalculation finds them by their flags.

@@ -21,6 +21,22 @@ class TPodArray {
   ~TPodArray() { std::free(m_pData); }
   TPodArray(const TPodArray&) = delete;
   TPodArray& operator=(const TPodArray&) = delete;
+  TPodArray(TPodArray&& other) noexcept
+      : m_pData(other.m_pData), m_nSize(other.m_nSize), m_nCapacity(other.m_nCapacity) {
+    other.m_pData = nullptr;
+    other.m_nSize = other.m_nCapacity = 0;
+  }
+  TPodArray& operator=(TPodArray&& other) noexcept {
+    if (this != &other) {
+      std::free(m_pData);
+      m_pData = other.m_pData;
+      m_nSize = other.m_nSize;
+      m_nCapacity = other.m_nCapacity;
+      other.m_pData = nullptr;
+      other.m_nSize = other.m_nCapacity = 0;
+    }
+    return *this;
+  }
 
   size_t size() const { return m_nSize; }
   bool empty() const { return m_nSize == 0; }
@@ -45,6 +61,11 @@ class TPodArray {
     return back();
   }
   void pop_back() { m_nSize--; }
+  // n elements; those beyond the old size are left unset. Throws std::bad_alloc.
+  void SetSize(size_t n) {
+    if (n > m_nCapacity) Grow(n);
+    m_nSize = n;
+  }
   // Keeps the block for the next build.
   void clear() { m_nSize = 0; }
   // Frees the block.

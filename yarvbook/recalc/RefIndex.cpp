@@ -4,8 +4,8 @@
 
 void CRefIndex::Clear() {
   std::vector<std::uint32_t>().swap(m_NodeStart);
-  std::vector<std::uint32_t>().swap(m_Ids);
-  std::vector<std::uint16_t>().swap(m_Cols);
+  m_Ids.Release();
+  m_Cols.Release();
   m_nLevelMask = 0;
 }
 
@@ -39,8 +39,8 @@ void CRefIndex::StartPlace() {
   // Now node k's start is at k + 1; move it to k.
   std::copy(m_NodeStart.begin() + 1, m_NodeStart.end(), m_NodeStart.begin());
   m_NodeStart[2 * kLeaves] = nSum;
-  m_Ids.resize(nSum);
-  m_Cols.resize(nSum);
+  m_Ids.SetSize(nSum);  // every place is filled by Place
+  m_Cols.SetSize(nSum);
 }
 
 void CRefIndex::EndPlace() {

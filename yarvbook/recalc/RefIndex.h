@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/Export.h"
+#include "recalc/PodArray.h"
 
 class YARVBOOK_API CRefIndex {
  public:
@@ -57,8 +58,8 @@ class YARVBOOK_API CRefIndex {
   // While the entries are counted, node k's count is at k + 1; while they are
   // placed, node k's next free place is at k. Empty when no entry was counted.
   std::vector<std::uint32_t> m_NodeStart;
-  std::vector<std::uint32_t> m_Ids;
-  std::vector<std::uint16_t> m_Cols;  // first column << 8 | last column, beside m_Ids
+  TPodArray<std::uint32_t> m_Ids;
+  TPodArray<std::uint16_t> m_Cols;  // first column << 8 | last column, beside m_Ids
   std::uint32_t m_nLevelMask = 0;     // bit l: some node of level l holds entries
 };
 
