@@ -15,7 +15,7 @@ std::uint32_t Key(int nRow, int nCol) { return static_cast<std::uint32_t>(nRow) 
 
 }  // namespace
 
-void CDependencyGraph::Reset(int nSheets) {
+void CDependencyGraph::Reset(int nSheets, bool bIndexReaders) {
   m_Sheets.clear();
   m_Sheets.resize(static_cast<size_t>(nSheets > 0 ? nSheets : 0));
   m_Key.clear();
@@ -28,7 +28,8 @@ void CDependencyGraph::Reset(int nSheets) {
   m_Pos.clear();
   m_AlwaysIds.clear();
   m_nPending = 0;
-  m_bCounting = true;
+  m_bCounting = bIndexReaders;
+  m_bDependants = false;
   m_NameUsers.clear();
   m_Queue.clear();
   m_Dirty.clear();
@@ -364,6 +365,7 @@ void CDependencyGraph::BuildDependants() {
       if (ref.wSheet < m_Sheets.size()) m_Sheets[ref.wSheet].readers.Count(ref.wRow1, ref.wRow2);
   }
   m_bCounting = false;
+  m_bDependants = true;
   for (TSheet& sheet : m_Sheets) sheet.readers.StartPlace();
   for (std::uint32_t nId = 0; nId < nCount; nId++)
     for (const TRef *p = RefsBegin(nId), *pEnd = RefsEnd(nId); p != pEnd; p++)

@@ -47,8 +47,10 @@ class YARVBOOK_API CDependencyGraph {
   CDependencyGraph& operator=(const CDependencyGraph&) = delete;
 
   // ---- Collection ------------------------------------------------------------------
-  // Forgets everything; the book has nSheets sheets.
-  void Reset(int nSheets);
+  // Forgets everything; the book has nSheets sheets. With bIndexReaders the
+  // rectangle index counts the references as they are added, for a BuildDependants
+  // to come; without, BuildDependants counts them itself when it is called.
+  void Reset(int nSheets, bool bIndexReaders = true);
   // The next formula: sheets in ascending order, inside a sheet row by row and column
   // by column. Returns its id. Throws std::bad_alloc. (The collection calls are
   // inline: they run once per formula or reference of the book.)
@@ -72,8 +74,10 @@ class YARVBOOK_API CDependencyGraph {
   const std::vector<std::uint32_t>& GetOrder() const { return m_Order; }
 
   // Builds the index from rectangles to the formulas that read them, and the lists of
-  // formulas recomputed every time. Throws std::bad_alloc.
+  // formulas recomputed every time: what minimal recalculation needs, after the
+  // order. Throws std::bad_alloc.
   void BuildDependants();
+  bool HasDependants() const { return m_bDependants; }
 
   // ---- Queries ---------------------------------------------------------------------
   std::uint32_t GetCount() const { return static_cast<std::uint32_t>(m_Flags.size()); }
@@ -192,9 +196,10 @@ class YARVBOOK_API CDependencyGraph {
   // Formulas that still carry the needs-recompute mark of their collection, until
   // the next minimal recalculation finds them by their flags.
   std::uint32_t m_nPending = 0;
-  // The rectangle indexes count the references as they are added, from Reset until
-  // BuildDependants.
+  // The rectangle indexes count the references as they are added, from Reset (with
+  // bIndexReaders) until BuildDependants.
   bool m_bCounting = true;
+  bool m_bDependants = false;  // BuildDependants has run since Reset
   // (name, id) pairs sorted by name.
   std::vector<std::uint64_t> m_NameUsers;
   std::vector<std::uint32_t> m_Queue;  // marked, not yet followed

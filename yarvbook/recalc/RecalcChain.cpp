@@ -119,7 +119,10 @@ void CRecalcChain::CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCel
 
 CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular) {
   *pnCircular = 0;
-  m_Graph.Reset(pBook->Sheets());
+  // What minimal recalculation needs is built with the order in minimal mode, and
+  // otherwise when first needed: a full recalculation walks the order alone.
+  const bool bMinimal = pBook->GetMinimalRecalc();
+  m_Graph.Reset(pBook->Sheets(), bMinimal);
   m_Cells.clear();
   std::fill(m_NameSeen.begin(), m_NameSeen.end(), 0);
   try {
@@ -159,7 +162,7 @@ CFormulaCell* CRecalcChain::Build(CBookBase* pBook, bool bFull, int* pnCircular)
     if (pPrev) pPrev->SetNext(nullptr);
     m_Graph.EndCollect();
     *pnCircular = m_Graph.BuildOrder();
-    m_Graph.BuildDependants();
+    if (bMinimal) m_Graph.BuildDependants();
   } catch (...) {
     Clear();
     throw;
@@ -182,6 +185,7 @@ unsigned CRecalcChain::Recompute(CBookBase* pBook, bool bAll) {
   m_nLastRecomputed = 0;
   if (m_Cells.empty()) return 0;
   if (!bAll) {
+    if (!m_Graph.HasDependants()) m_Graph.BuildDependants();
     for (int s = 0; s < pBook->Sheets() && !bAll; s++) {
       const CSheetBase* pSheet = pBook->SheetBase(s);
       if (!pSheet) continue;

@@ -25,7 +25,9 @@ class YARVBOOK_API CRecalcChain {
 
   // Collects every formula cell of pBook (setting its sheet link and clearing its
   // chain marks; with bFull marking it for recomputation), gathers its dependency
-  // information, orders the cells and threads them through their next pointers.
+  // information, orders the cells and threads them through their next pointers. In
+  // minimal mode it also builds what finds the cells an edit reaches; otherwise the
+  // first minimal Recompute does.
   // Returns the first cell of the chain (null for none). *pnCircular gets the number
   // of circular cells. Throws std::bad_alloc; the chain is then empty.
   CFormulaCell* Build(CBookBase* pBook, bool bFull, int* pnCircular);
