@@ -167,7 +167,7 @@ std::vector<std::string> ModelWalk(const std::vector<unsigned char>& bytes, bool
   };
   auto Col = [&](unsigned short wCol, bool bOff) {
     return bOff && (wCol & CFormulaBase::kColRelative) ? (base.col + (wCol & 0xFF)) & kMaxCol
-                                                        : wCol & 0xFF;
+                                                       : wCol & 0xFF;
   };
   size_t i = 0;
   while (i < bytes.size()) {
@@ -222,8 +222,7 @@ std::vector<std::string> ModelWalk(const std::vector<unsigned char>& bytes, bool
         ref.eKind = TRef::rkVolatile;
       else
         continue;
-    } else if (c == CFormulaBase::tExp || c == CFormulaBase::tTbl ||
-               c == CFormulaBase::tExtended) {
+    } else if (c == CFormulaBase::tExp || c == CFormulaBase::tTbl || c == CFormulaBase::tExtended) {
       ref.eKind = TRef::rkUntrackable;
     } else {
       continue;
@@ -251,8 +250,8 @@ TEST_F(RefIteratorTest, RandomStreamsMatchTheModelWalk) {
     std::vector<unsigned char> bytes;
     const int nTokens = static_cast<int>(rng() % 40);
     for (int t = 0; t < nTokens; t++) {
-      const unsigned char c = rng() % 50 == 0 ? static_cast<unsigned char>(rng())
-                                              : kCodes[rng() % kCodes.size()];
+      const unsigned char c =
+          rng() % 50 == 0 ? static_cast<unsigned char>(rng()) : kCodes[rng() % kCodes.size()];
       bytes.push_back(c);
       const unsigned char cBase = CFormulaBase::TokenBase(c);
       size_t nOperands = rng() % 12;

@@ -66,16 +66,34 @@ constexpr std::array<TTokenInfo, 256> MakeTokenInfo() {
     t.nSize = nFixed != 255 ? nFixed : 0;
     t.bReport = 1;
     switch (nBase) {
-      case CFormulaBase::tRef: t.eStep = stRef; break;
-      case CFormulaBase::tRefN: t.eStep = stRefN; break;
-      case CFormulaBase::tRef3d: t.eStep = stRef3d; break;
-      case CFormulaBase::tArea: t.eStep = stArea; break;
-      case CFormulaBase::tAreaN: t.eStep = stAreaN; break;
-      case CFormulaBase::tArea3d: t.eStep = stArea3d; break;
-      case CFormulaBase::tName: t.eStep = stName; break;
-      case CFormulaBase::tNameX: t.eStep = stNameX; break;
+      case CFormulaBase::tRef:
+        t.eStep = stRef;
+        break;
+      case CFormulaBase::tRefN:
+        t.eStep = stRefN;
+        break;
+      case CFormulaBase::tRef3d:
+        t.eStep = stRef3d;
+        break;
+      case CFormulaBase::tArea:
+        t.eStep = stArea;
+        break;
+      case CFormulaBase::tAreaN:
+        t.eStep = stAreaN;
+        break;
+      case CFormulaBase::tArea3d:
+        t.eStep = stArea3d;
+        break;
+      case CFormulaBase::tName:
+        t.eStep = stName;
+        break;
+      case CFormulaBase::tNameX:
+        t.eStep = stNameX;
+        break;
       case CFormulaBase::tExp:
-      case CFormulaBase::tTbl: t.eStep = stRunTime; break;
+      case CFormulaBase::tTbl:
+        t.eStep = stRunTime;
+        break;
       case CFormulaBase::tFunc:
         t.eStep = stFunc;
         t.bReport = 0;
@@ -158,8 +176,8 @@ CFormulaRefIterator::CFormulaRefIterator(CBookBase* pBook, CSheetBase* pSheet, C
                                          EFormulaType type, const TCell& base)
     : CFormulaIterator(pBook, pSheet, pFormula, type, base) {}
 
-void CFormulaRefIterator::Reset(CSheetBase* pSheet, CFormula* pFormula, EFormulaType type,
-                                int nRow, int nCol) {
+void CFormulaRefIterator::Reset(CSheetBase* pSheet, CFormula* pFormula, EFormulaType type, int nRow,
+                                int nCol) {
   // What CFormulaIterator::Set does, without the virtual type setter: this walk
   // only needs the offset rule.
   m_pSheet = pSheet;
@@ -223,7 +241,7 @@ inline void CFormulaRefIterator::Decode(const unsigned char* pCode, TRef& ref) c
     case stFunc:
     case stFuncVar:
       ref.eKind = kFuncKinds[FuncNumber(pCode, info)] == fkVolatile ? TRef::rkVolatile
-                                                                     : TRef::rkUntrackable;
+                                                                    : TRef::rkUntrackable;
       return;
     case stAttr:
       ref.eKind = TRef::rkVolatile;

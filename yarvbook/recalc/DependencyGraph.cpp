@@ -54,10 +54,6 @@ void CDependencyGraph::EndCollect() {
     }
     while (nRow > 0) sheet.rowFirst[static_cast<size_t>(--nRow)] = nNext;
   }
-  for (TSheet& sheet : m_Sheets) {
-    sheet.colStart.clear();
-    sheet.colIds.clear();
-  }
 }
 
 void CDependencyGraph::BuildColumns(const TSheet& sheet) const {
@@ -80,9 +76,9 @@ int CDependencyGraph::GetSheet(std::uint32_t nId) const {
 
 void CDependencyGraph::GetNames(std::uint32_t nId, const TNameUse** pBegin,
                                 const TNameUse** pEnd) const {
-  const auto range = std::equal_range(
-      m_Names.begin(), m_Names.end(), TNameUse{nId, 0},
-      [](const TNameUse& a, const TNameUse& b) { return a.nId < b.nId; });
+  const auto range =
+      std::equal_range(m_Names.begin(), m_Names.end(), TNameUse{nId, 0},
+                       [](const TNameUse& a, const TNameUse& b) { return a.nId < b.nId; });
   *pBegin = m_Names.data() + (range.first - m_Names.begin());
   *pEnd = m_Names.data() + (range.second - m_Names.begin());
 }
@@ -136,8 +132,8 @@ inline void CDependencyGraph::SetLine(TFrame& frame) const {
     const auto itEnd = m_Key.begin() + jEnd;
     j = static_cast<std::uint32_t>(std::lower_bound(itBegin, itEnd, Key(nLine, nLo)) -
                                    m_Key.begin());
-    jEnd = static_cast<std::uint32_t>(
-        std::upper_bound(m_Key.begin() + j, itEnd, Key(nLine, nHi)) - m_Key.begin());
+    jEnd = static_cast<std::uint32_t>(std::upper_bound(m_Key.begin() + j, itEnd, Key(nLine, nHi)) -
+                                      m_Key.begin());
   } else {
     while (j < jEnd && GetCol(j) < nLo) j++;
     while (jEnd > j && GetCol(jEnd - 1) > nHi) jEnd--;
@@ -308,8 +304,8 @@ bool CDependencyGraph::OrderSettled(std::uint32_t nId, std::uint16_t wSheet, boo
     // that end before nId's cell (ids follow sheet, row and column) need no look.
     const std::uint32_t nKey = m_Key[nId];
     const TRef *pRef = RefsBegin(nId), *pRefEnd = RefsEnd(nId);
-    while (pRef != pRefEnd &&
-           (pRef->wSheet < wSheet || (pRef->wSheet == wSheet && Key(pRef->wRow2, pRef->cCol2) < nKey)))
+    while (pRef != pRefEnd && (pRef->wSheet < wSheet ||
+                               (pRef->wSheet == wSheet && Key(pRef->wRow2, pRef->cCol2) < nKey)))
       pRef++;
     if (pRef == pRefEnd) return true;
   }

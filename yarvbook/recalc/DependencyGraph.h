@@ -136,12 +136,12 @@ class YARVBOOK_API CDependencyGraph {
   };
 
   // One step of the depth-first walk: a formula and where its walk over the formula
-  // cells of its references stands.
-  // Kept small: a deep walk holds one per formula on its path.
+  // cells of its references stands. Kept small: a deep walk holds one per formula on
+  // its path.
   struct TFrame {
     std::uint32_t nId;
-    std::uint32_t nRef;            // the next reference to walk
-    std::uint32_t j, jEnd;         // the slice of ids (or colIds) being walked
+    std::uint32_t nRef;     // the next reference to walk
+    std::uint32_t j, jEnd;  // the slice of ids (or colIds) being walked
     // The rectangle being walked is reference nRef - 1: its rows (or columns) still
     // to come run to wLineEnd, wLine being the one walked; the other coordinate's
     // bounds are wLo..wHi.
@@ -188,11 +188,11 @@ class YARVBOOK_API CDependencyGraph {
   TPodArray<std::uint8_t> m_Flags;
   TPodArray<std::uint32_t> m_RefStart;  // by id, one more than formulas
   TPodArray<TRef> m_Refs;
-  std::vector<TNameUse> m_Names;            // by id
-  std::vector<std::uint32_t> m_Order;       // ids in dependency order
-  TPodArray<std::uint32_t> m_Pos;           // place in m_Order, by id
-  int m_nCircular = 0;                      // circular formulas in m_Order
-  std::vector<std::uint32_t> m_AlwaysIds;   // volatile, untrackable, circular
+  std::vector<TNameUse> m_Names;           // by id
+  std::vector<std::uint32_t> m_Order;      // ids in dependency order
+  TPodArray<std::uint32_t> m_Pos;          // place in m_Order, by id
+  int m_nCircular = 0;                     // circular formulas in m_Order
+  std::vector<std::uint32_t> m_AlwaysIds;  // volatile, untrackable, circular
   // Formulas that still carry the needs-recompute mark of their collection, until
   // the next minimal recalculation finds them by their flags.
   std::uint32_t m_nPending = 0;
@@ -232,8 +232,7 @@ inline void CDependencyGraph::AddRef(int nSheet, int nRow1, int nCol1, int nRow2
     m_Sheets[static_cast<size_t>(nSheet)].readers.Count(nRowLo, nRowHi);
 }
 
-inline void CDependencyGraph::AddRefInGrid(int nSheet, int nRow1, int nCol1, int nRow2,
-                                           int nCol2) {
+inline void CDependencyGraph::AddRefInGrid(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2) {
   m_Refs.push_back({static_cast<std::uint16_t>(nSheet), static_cast<std::uint16_t>(nRow1),
                     static_cast<std::uint16_t>(nRow2), static_cast<std::uint8_t>(nCol1),
                     static_cast<std::uint8_t>(nCol2)});

@@ -61,8 +61,6 @@ long CRecalcChain::FindCell(const CFormulaCell* pCell) const {
 
 void CRecalcChain::CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell,
                                CFormulaRefIterator& it, CFormulaRefIterator::TRef* pRefs) {
-  // The base cell as two numbers: a TCell built here and copied whole by the callee
-  // would be read back before its two halves have reached memory.
   const int nRow = pCell->GetRow();
   const int nCol = pCell->GetCol();
   const int nSheet = pSheet ? pSheet->GetSheetIndex() : -1;
@@ -111,8 +109,8 @@ void CRecalcChain::CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCel
     m_Graph.AddName(nName);
     CName* pName = pBook->GetName(nName);
     if (!pName || !pName->GetFormula()) continue;
-    it.Reset(pSheet, pName->GetFormula(), static_cast<CFormulaBase::EFormulaType>(pName->GetFormulaType()),
-             nRow, nCol);
+    it.Reset(pSheet, pName->GetFormula(),
+             static_cast<CFormulaBase::EFormulaType>(pName->GetFormulaType()), nRow, nCol);
     walk();
   }
 }

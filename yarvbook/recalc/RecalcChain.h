@@ -60,8 +60,8 @@ class YARVBOOK_API CRecalcChain {
 
   CDependencyGraph m_Graph;
   TPodArray<CFormulaCell*> m_Cells;  // by id; not owned
-  std::vector<std::uint32_t> m_Ids;    // scratch: the cells of one recomputation
-  std::vector<int> m_NameScratch;      // scratch: the names one formula uses
+  std::vector<std::uint32_t> m_Ids;  // scratch: the cells of one recomputation
+  std::vector<int> m_NameScratch;    // scratch: the names one formula uses
   // Scratch by name index: the id + 1 of the last formula that met the name. Made
   // when a build first meets a name.
   std::vector<std::uint32_t> m_NameSeen;

@@ -60,7 +60,7 @@ class YARVBOOK_API CRefIndex {
   std::vector<std::uint32_t> m_NodeStart;
   TPodArray<std::uint32_t> m_Ids;
   TPodArray<std::uint16_t> m_Cols;  // first column << 8 | last column, beside m_Ids
-  std::uint32_t m_nLevelMask = 0;     // bit l: some node of level l holds entries
+  std::uint32_t m_nLevelMask = 0;   // bit l: some node of level l holds entries
 };
 
 // The canonical nodes of the rows, by a bottom-up walk; one row is one leaf.
