@@ -56,7 +56,7 @@ class YARVBOOK_API CCell : public CZelObject {
   // Value readers.
   TValue::TValType GetValType() const { return static_cast<TValue::TValType>(m_vt); }
   bool IsValue() const { return m_vt != TValue::vtEmpty; }
-  bool IsEmpty() const override { return m_vt == TValue::vtEmpty; }
+  bool IsEmpty() const final { return m_vt == TValue::vtEmpty; }
   bool IsText() const { return m_vt == TValue::vtText; }
   bool IsReal() const { return m_vt == TValue::vtReal; }
   bool IsLogical() const { return m_vt == TValue::vtLogical; }

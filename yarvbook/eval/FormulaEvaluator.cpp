@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -41,7 +42,8 @@ std::unique_ptr<TValue[]>& StackBlock() {
   return s_pBlock;
 }
 
-TValue* StackEnd() { return StackBlock().get() + CFormulaEvaluator::kStackSize; }
+// One past the block's last slot, set with the block.
+TValue* g_pStackEnd = nullptr;
 
 // Cells are read straight from the sheet's rows. The value is built in one scratch
 // record per process: a number costs no allocation; a text is copied.
@@ -123,6 +125,14 @@ bool IsRefOp(const TOpBinary* pOp) {
 
 }  // namespace
 
+CFormulaEvaluator::CFormulaEvaluator(CBookBase* pBook, CFormulaCell* pCell)
+    : m_pBook(pBook),
+      m_pSheet(pCell->GetSheet()),
+      m_pCell(pCell),
+      m_Base(pCell->GetRow(), pCell->GetCol()) {
+  Init();
+}
+
 CFormulaEvaluator::CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell,
                                      const TCell& base)
     : m_pBook(pBook), m_pSheet(pSheet), m_pCell(pCell), m_Base(base) {
@@ -140,9 +150,10 @@ CFormulaEvaluator::CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet)
 }
 
 void CFormulaEvaluator::Init() {
-  if (!StackBlock()) {
+  if (g_pStackEnd == nullptr) {
     StackBlock().reset(new TValue[kStackSize]);
     m_pVal = StackBlock().get();
+    g_pStackEnd = m_pVal + kStackSize;
   }
 }
 
@@ -168,7 +179,7 @@ TValue* CFormulaEvaluator::Evaluate(CFormula* pFormula, CFormulaBase::EFormulaTy
   m_nValFormat = 0;
   m_bRelIsOffset = CFormulaBase::IsOffsetType(type);
   // A formula pushes at most one value per token byte.
-  if (m_nNesting >= kMaxNesting || m_pVal + pFormula->GetPostfixLen() + 2 >= StackEnd())
+  if (m_nNesting >= kMaxNesting || m_pVal + pFormula->GetPostfixLen() + 2 >= g_pStackEnd)
     return Evaluate(TValue::errName);
   m_pLastBook = m_pBook;
   m_pLastSheet = m_pSheet;
@@ -205,6 +216,17 @@ void CFormulaEvaluator::Evaluate(CFormulaCell* pCell) {
   TValue result;
   try {
     TValue* pResult = Evaluate(pCell->GetFormula(), pCell->GetFormulaType());
+    if (pResult != nullptr && pResult->GetValType() == TValue::vtReal) {
+      // A finite number, the common result, goes straight into the cell.
+      double r;
+      pResult->GetValue(r);
+      if (std::isfinite(r)) {
+        m_bCalcArray = bOldArray;
+        pCell->SetRecalcNumber(r);
+        pCell->SetNeedsRecompute(false);
+        return;
+      }
+    }
     if (pResult != nullptr) result.CopyAndClearSource(*pResult);
   } catch (...) {
     m_bCalcArray = bOldArray;
@@ -229,24 +251,27 @@ void CFormulaEvaluator::Evaluate(CFormulaCell* pCell) {
 void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
   m_pEntry = pEntry;
   m_ArrayOperands.clear();
-  m_Cur = TPostfixPtr(pFormula->GetPostfix());
-  m_End = TPostfixPtr(pFormula->GetPostfix() + pFormula->GetPostfixLen());
+  TPostfixPtr cur(pFormula->GetPostfix());
+  const TPostfixPtr end(pFormula->GetPostfix() + pFormula->GetPostfixLen());
   m_Added = TPostfixPtr(pFormula->GetAddedData());
   m_pAddedEnd = pFormula->GetAddedData() + pFormula->GetAddedDataLen();
   bool bAbort = false;
-  while (!bAbort && m_Cur < m_End) {
-    const unsigned char cCode = m_Cur.GetByte();
+  while (!bAbort && cur < end) {
+    const unsigned char cCode = cur.GetByte();
     const unsigned char cBase = CFormulaBase::TokenBase(cCode);
-    const int nLeft = m_End - m_Cur;
-    // Variable-size tokens read their size from their first operand bytes.
-    if ((cBase == CFormulaBase::tStr || cBase == CFormulaBase::tExtended) && nLeft < 1) break;
-    if (cBase == CFormulaBase::tAttr && nLeft < 3) break;
-    const int nSize = m_Cur.SizeToken(cBase);
+    const int nLeft = end - cur;
+    int nSize = cBase < sizeof TPostfixPtr::m_bSizes ? TPostfixPtr::m_bSizes[cBase] : 0;
+    if (nSize == 255) {
+      // Variable-size tokens read their size from their first operand bytes.
+      if ((cBase == CFormulaBase::tStr || cBase == CFormulaBase::tExtended) && nLeft < 1) break;
+      if (cBase == CFormulaBase::tAttr && nLeft < 3) break;
+      nSize = cur.SizeToken(cBase);
+    }
     if (nSize > nLeft) {
       bAbort = true;
       break;
     }
-    TPostfixPtr operands = m_Cur;
+    TPostfixPtr operands = cur;
     const int nValues = static_cast<int>(m_pVal - pEntry);
     switch (cBase) {
       case CFormulaBase::tAdd:
@@ -269,7 +294,10 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
           bAbort = true;
           break;
         }
-        EvaluateOpWithArray(pOp, m_pVal - 1);
+        if (!m_bCalcArray && m_ArrayOperands.empty())
+          pOp->Evaluate(m_pVal - 1);
+        else
+          EvaluateOpWithArray(pOp, m_pVal - 1);
         --m_pVal;
         break;
       }
@@ -320,7 +348,7 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
         break;
       case CFormulaBase::tFunc: {
         const int nFunc = operands.GetWord();
-        const TFunc* pFunc = TFunc::GetFunc(static_cast<unsigned>(nFunc));
+        const TFunc* pFunc = TFunc::GetFuncToEvaluate(static_cast<unsigned>(nFunc));
         if (pFunc == nullptr || !EvaluateFunc(nFunc, pFunc->GetMinArgs(), true)) bAbort = true;
         break;
       }
@@ -339,8 +367,17 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
         break;
       }
       case CFormulaBase::tRef:
-      case CFormulaBase::tArea:
       case CFormulaBase::tRefN:
+        // A value-class reference to one cell that holds something is its value:
+        // read it into the slot now rather than pushing the reference for the
+        // consumer to read. An empty cell stays a reference (a function may tell an
+        // omitted argument from an empty cell).
+        if ((cCode & 0x60) == CFormulaBase::kClassValue && !m_bCalcArray &&
+            PushCellValue(cBase, operands))
+          break;
+        PushRef(cBase, operands);
+        break;
+      case CFormulaBase::tArea:
       case CFormulaBase::tAreaN:
       case CFormulaBase::tRef3d:
       case CFormulaBase::tArea3d:
@@ -368,17 +405,18 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
         break;
     }
     if (bAbort) break;
-    DropArrayOperands(m_pVal + 1);
+    if (!m_ArrayOperands.empty()) DropArrayOperands(m_pVal + 1);
     if (!m_bCalcArray && (cCode & 0x60) == CFormulaBase::kClassArray && IsOperandToken(cBase))
       m_ArrayOperands.push_back(m_pVal);
-    if (!SkipAdded(cBase, m_Cur)) bAbort = true;
-    m_Cur.Skip(nSize);
+    if ((cBase == CFormulaBase::tMemArea || cBase == CFormulaBase::tExtended) &&
+        !SkipAdded(cBase, cur))
+      bAbort = true;
+    cur.Skip(nSize);
   }
   if (bAbort) {
     // Whatever this formula pushed goes; the formula cannot be computed.
     DropTo(pEntry);
     Push()->SetError(TValue::errFormula);
-    m_Cur = m_End;
   }
 }
 
@@ -477,6 +515,19 @@ int CFormulaEvaluator::AbsCol(unsigned short wColWord, bool bOffset) const {
   const int nCol = wColWord & 0xFF;
   if (bOffset && (wColWord & CFormulaBase::kColRelative)) return (nCol + m_Base.col) & 0xFF;
   return nCol;
+}
+
+bool CFormulaEvaluator::PushCellValue(unsigned char cBase, TPostfixPtr operands) {
+  if (m_pSheet == nullptr) return false;
+  const bool bOffset = m_bRelIsOffset || cBase == CFormulaBase::tRefN;
+  const unsigned short wRow = operands.GetWord(), wCol = operands.GetWord();
+  const CCell* pCell = GetValueCell(m_pSheet, AbsRow(wRow, wCol, bOffset), AbsCol(wCol, bOffset));
+  if (pCell == nullptr || pCell->IsEmpty()) return false;
+  if (pCell->IsReal())
+    Push()->SetValue(pCell->GetReal());
+  else
+    pCell->GetValue(*Push());
+  return true;
 }
 
 void CFormulaEvaluator::PushRef(unsigned char cBase, TPostfixPtr operands) {
@@ -625,7 +676,7 @@ bool CFormulaEvaluator::EvaluateFunc(int nFunc, int nArgs, bool bSetFormat) {
   if (nFunc < 0 || nFunc >= kNumFuncSlots || nArgs < 0) return false;
   if (m_nNesting > 0 && nArgs > m_pVal - m_pEntry) return false;
   if (nFunc == kFuncExtern) return EvaluateExternCall(nArgs);
-  TFunc* pFunc = TFunc::GetFunc(static_cast<unsigned>(nFunc));
+  TFunc* pFunc = TFunc::GetFuncToEvaluate(static_cast<unsigned>(nFunc));
   if (pFunc == nullptr || nArgs < pFunc->GetMinArgs() || nArgs > pFunc->GetMaxArgs()) return false;
   TValue* pArgs = m_pVal - nArgs + 1;
   const bool bOldSubtotal = m_bSubtotal, bOldSubA = m_bSubA;
@@ -640,7 +691,7 @@ bool CFormulaEvaluator::EvaluateFunc(int nFunc, int nArgs, bool bSetFormat) {
     CallFunc(pFunc, pArgs, nArgs);
   m_bSubtotal = bOldSubtotal;
   m_bSubA = bOldSubA;
-  DropArrayOperands(pArgs);
+  if (!m_ArrayOperands.empty()) DropArrayOperands(pArgs);
   DropTo(pArgs);
   if (bSetFormat && pFunc->GetValueFormat() != 0) m_nValFormat = pFunc->GetValueFormat();
   return true;
@@ -728,6 +779,10 @@ void CFormulaEvaluator::DropArrayOperands(const TValue* pFrom) {
 }
 
 void CFormulaEvaluator::EvaluateOpWithArray(const TOpUnary* pOp, TValue* pArgs) {
+  if (!m_bCalcArray && m_ArrayOperands.empty()) {
+    pOp->Evaluate(pArgs);
+    return;
+  }
   const bool bArray = m_bCalcArray || IsArrayOperand(pArgs);
   if (!bArray || ElementCount(pArgs[0]) < 2) {
     pOp->Evaluate(pArgs);
@@ -741,6 +796,10 @@ void CFormulaEvaluator::EvaluateOpWithArray(const TOpUnary* pOp, TValue* pArgs) 
 }
 
 void CFormulaEvaluator::EvaluateOpWithArray(const TOpBinary* pOp, TValue* pArgs) {
+  if (!m_bCalcArray && m_ArrayOperands.empty()) {
+    pOp->Evaluate(pArgs);
+    return;
+  }
   const int nLeft = ElementCount(pArgs[0]), nRight = ElementCount(pArgs[1]);
   // An array-class operand makes the result one too, whatever its size.
   const bool bForced = IsArrayOperand(&pArgs[0]) || IsArrayOperand(&pArgs[1]);

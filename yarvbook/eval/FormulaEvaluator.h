@@ -36,6 +36,8 @@ class YARVBOOK_API CFormulaEvaluator {
   static constexpr int kMaxNesting = 64;
 
   CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell, const TCell& base);
+  // The cell's own sheet and position: what a recalculation computes a cell with.
+  CFormulaEvaluator(CBookBase* pBook, CFormulaCell* pCell);
   CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet, const TCell& base);
   CFormulaEvaluator(CBookBase* pBook, CSheetBase* pSheet);
   CFormulaEvaluator(const CFormulaEvaluator&) = delete;
@@ -117,6 +119,9 @@ class YARVBOOK_API CFormulaEvaluator {
   bool SkipAdded(unsigned char cBase, CFormulaBase::TPostfixPtr operands);
   void PushArray();
   void PushRef(unsigned char cBase, CFormulaBase::TPostfixPtr operands);
+  // Pushes the value of the one cell a tRef or tRefN names on the evaluation's sheet;
+  // false, with nothing pushed, when there is no sheet or the cell is empty.
+  bool PushCellValue(unsigned char cBase, CFormulaBase::TPostfixPtr operands);
   void PushExtended(CFormulaBase::TPostfixPtr operands);
   void PushName(CBookBase* pBook, CSheetBase* pSheet, int nName);
   void PushNameX(int nExternSheet, int nName);
@@ -136,8 +141,6 @@ class YARVBOOK_API CFormulaEvaluator {
   TCell m_Base;
   CFormula* m_pFormula = nullptr;
   TValue* m_pEntry = nullptr;  // the stack's top when this evaluation began
-  CFormulaBase::TPostfixPtr m_Cur;
-  CFormulaBase::TPostfixPtr m_End;
   CFormulaBase::TPostfixPtr m_Added;
   const unsigned char* m_pAddedEnd = nullptr;
   bool m_bRelIsOffset = false;

@@ -89,8 +89,11 @@ void TOpUnaryReal::Evaluate(TValue* pArg) const {
 }
 
 void TOpBinaryReal::Evaluate(TValue* pLeft) const {
-  if (!CheckOperands(pLeft, &TValue::CheckReal)) return;
   TValue& right = pLeft[1];
+  // Two numbers need no conversion: the common case goes straight to the arithmetic.
+  if ((pLeft->GetValType() != TValue::vtReal || right.GetValType() != TValue::vtReal) &&
+      !CheckOperands(pLeft, &TValue::CheckReal))
+    return;
   double a, b, r = 0;
   pLeft->GetValue(a);
   right.GetValue(b);

@@ -78,7 +78,7 @@ int FailConversion(TValue& val) {
 
 // Allocates an element block; throws CZelException when memory is exhausted.
 TValue* NewElements(int nCount) {
-  if (nCount == 0) return nullptr;
+  if (nCount <= 0) return nullptr;
   auto* p = new (std::nothrow) TValue[static_cast<size_t>(nCount)];
   if (p == nullptr) CZelException::ThrowMemory();
   return p;
@@ -1010,6 +1010,11 @@ int TValue::CvtRangeToValue(int nRow, int nCol, bool bRelative) {
   if (pSheet == nullptr) {
     SetError(errRef);
     return 0;
+  }
+  if (m_u.ref.wRow1 == m_u.ref.wRow2 && m_u.ref.bCol1 == m_u.ref.bCol2) {
+    // One cell is its own value wherever the formula stands.
+    GetCellValue(pSheet, m_u.ref.wRow1, m_u.ref.bCol1, *this);
+    return 1;
   }
   TRange range(m_u.ref.wRow1, m_u.ref.bCol1, m_u.ref.wRow2, m_u.ref.bCol2);
   if (nRow < 0 && nCol < 0) {

@@ -63,6 +63,15 @@ void CFormulaCell::SetCell3D(CSheetBase* pSheet, int nRow, int nCol) {
   m_bCol = static_cast<unsigned char>(nCol < 0 ? 0 : nCol > kMaxCol ? kMaxCol : nCol);
 }
 
+void CFormulaCell::SetRecalcNumber(double r) {
+  if (IsOnScreen()) {
+    if (IsReal() && r == GetReal()) return;
+    if (!IsReal()) SetTypeChanged();
+    SetValueChanged();
+  }
+  CCell::SetValue(r);
+}
+
 void CFormulaCell::SetRecalcValue(TValue& value) {
   const bool bOnScreen = IsOnScreen();
   if (IsReal() && value.IsReal()) {

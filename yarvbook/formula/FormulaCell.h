@@ -98,6 +98,8 @@ class YARVBOOK_API CFormulaCell : public CCell {
   // visible cell changes nothing; otherwise a visible cell gets the value-changed
   // mark, and the type-changed mark when the kind differs.
   void SetRecalcValue(TValue& value);
+  // The same for a finite number.
+  void SetRecalcNumber(double r);
 
   // The 8-byte result field of a stored formula record. When bytes 6 and 7 are both
   // 0xFF, byte 0 is a kind (0 text: the text comes separately and the value is left

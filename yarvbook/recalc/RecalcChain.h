@@ -57,6 +57,9 @@ class YARVBOOK_API CRecalcChain {
   // of its reports.
   void CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell,
                    CFormulaRefIterator& it, CFormulaRefIterator::TRef* pRefs);
+  // Asks the processor for what cell nId's formula will read (the first cell of each
+  // reference): the row objects, or with bCells the cells themselves.
+  void PrefetchReads(const CBookBase* pBook, std::uint32_t nId, bool bCells) const;
 
   CDependencyGraph m_Graph;
   TPodArray<CFormulaCell*> m_Cells;  // by id; not owned
