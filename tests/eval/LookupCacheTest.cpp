@@ -114,12 +114,15 @@ TEST_F(LookupCacheTest, IndexAgreesWithScan) {
 }
 
 // Constants of a line without formulas changed by the host between recalculations,
-// in both recalculation modes: each recalculation starts without indexes.
+// in both recalculation modes: each recalculation starts without indexes. Column E
+// searches the line often enough for it to be indexed.
 TEST_F(LookupCacheTest, HostEditsBetweenRecalcs) {
   for (int i = 0; i < 40; ++i) {
     ASSERT_EQ(0, m_pSheet3->SetNumber(TCell(i, 0), i + 1));
     ASSERT_EQ(0, m_pSheet3->SetNumber(TCell(i, 1), 10 * (i + 1)));
   }
+  for (int i = 1; i <= CLookupCache::kScansBeforeIndex; ++i)
+    ASSERT_EQ(0, SetFormula(("E" + std::to_string(i)).c_str(), "=MATCH(1,A1:A40,0)", m_pSheet3));
   ASSERT_EQ(0, SetFormula("D1", "=MATCH(3,A1:A40,0)", m_pSheet3));
   ASSERT_EQ(0, SetFormula("D2", "=VLOOKUP(4,A1:B40,2,FALSE)", m_pSheet3));
   ASSERT_EQ(0, SetFormula("D3", "=MATCH(1000,A1:A40,0)", m_pSheet3));
@@ -143,11 +146,15 @@ TEST_F(LookupCacheTest, HostEditsBetweenRecalcs) {
 }
 
 // Sheet1 A1:B40 and Sheet2 A1:AN2 hold keys 1..40 with values ten times the key; the
-// twentieth key is a formula whose value follows Sheet1!C1. D1:D2 (D5:D6 on Sheet2)
-// search the line through INDIRECT, which the order cannot see, and feed the key
-// formula, so they search before it is stored and the later lookups after.
+// twentieth key is a formula whose value follows Sheet1!C1. Column D (from row 5 on
+// Sheet2, below its table) searches the line through INDIRECT, which the order
+// cannot see, often enough for it to be indexed, and feeds the key formula: it
+// searches before the key is stored, the direct lookups in column E after.
 class LookupCacheRecalcTest : public LookupCacheTest {
  protected:
+  static constexpr int kEarlySearches = CLookupCache::kScansBeforeIndex + 1;
+  static std::string At(const char* pszCol, int nRow) { return pszCol + std::to_string(nRow); }
+
   void SetUp() override {
     LookupCacheTest::SetUp();
     for (int i = 0; i < 40; ++i) {
@@ -157,30 +164,39 @@ class LookupCacheRecalcTest : public LookupCacheTest {
       ASSERT_EQ(0, m_pSheet2->SetNumber(TCell(1, i), 10 * (i + 1)));
     }
     SetNumber("C1", 100);
-    ASSERT_EQ(0, SetFormula("D1", "=MATCH(5,INDIRECT(\"A1:A40\"),0)"));
-    ASSERT_EQ(0, SetFormula("D2", "=VLOOKUP(5,INDIRECT(\"A1:B40\"),2,0)"));
-    ASSERT_EQ(0, SetFormula("A20", "=C1+D1*0+D2*0"));
+    for (int i = 1; i <= kEarlySearches; ++i) {
+      const std::string key = std::to_string(i);
+      ASSERT_EQ(0, SetFormula(At("D", i).c_str(),
+                              i % 2 ? ("=MATCH(" + key + ",INDIRECT(\"A1:A40\"),0)").c_str()
+                                    : ("=VLOOKUP(" + key + ",INDIRECT(\"A1:B40\"),2,0)").c_str()));
+      ASSERT_EQ(0, SetFormula(At("D", i + 4).c_str(),
+                              i % 2 ? ("=MATCH(" + key + ",INDIRECT(\"A1:AN1\"),0)").c_str()
+                                    : ("=HLOOKUP(" + key + ",INDIRECT(\"A1:AN2\"),2,0)").c_str(),
+                              m_pSheet2));
+    }
+    ASSERT_EQ(0, SetFormula("A20", ("=C1+SUM(D1:" + At("D", kEarlySearches) + ")*0").c_str()));
+    ASSERT_EQ(0,
+              SetFormula("T1", ("=Sheet1!C1+SUM(D5:" + At("D", kEarlySearches + 4) + ")*0").c_str(),
+                         m_pSheet2));
     ASSERT_EQ(0, SetFormula("E1", "=MATCH(C1,A1:A40,0)"));
     ASSERT_EQ(0, SetFormula("E2", "=VLOOKUP(C1,A1:B40,2,0)"));
-    ASSERT_EQ(0, SetFormula("D5", "=MATCH(5,INDIRECT(\"A1:AN1\"),0)", m_pSheet2));
-    ASSERT_EQ(0, SetFormula("D6", "=HLOOKUP(5,INDIRECT(\"A1:AN2\"),2,0)", m_pSheet2));
-    ASSERT_EQ(0, SetFormula("T1", "=Sheet1!C1+D5*0+D6*0", m_pSheet2));
-    ASSERT_EQ(0, SetFormula("E5", "=HLOOKUP(Sheet1!C1,A1:AN2,2,0)", m_pSheet2));
-    ASSERT_EQ(0, SetFormula("E6", "=MATCH(Sheet1!C1,A1:AN1,0)", m_pSheet2));
+    ASSERT_EQ(0, SetFormula("E5", "=MATCH(Sheet1!C1,A1:AN1,0)", m_pSheet2));
+    ASSERT_EQ(0, SetFormula("E6", "=HLOOKUP(Sheet1!C1,A1:AN2,2,0)", m_pSheet2));
     m_pBook->Recalc();
   }
   void ExpectKeyFound() {
-    EXPECT_EQ("5", Text("D1"));
-    EXPECT_EQ("50", Text("D2"));
-    EXPECT_EQ("20", Text("E1"));
-    EXPECT_EQ("200", Text("E2"));
-    EXPECT_EQ("50", Text("D6", m_pSheet2));
-    EXPECT_EQ("200", Text("E5", m_pSheet2));
-    EXPECT_EQ("20", Text("E6", m_pSheet2));
+    for (CSheetBase* pSheet : {m_pSheet, m_pSheet2}) {
+      SCOPED_TRACE(pSheet == m_pSheet ? "down" : "across");
+      const int nRow1 = pSheet == m_pSheet ? 1 : 5;  // the first row of the formulas
+      for (int i = 1; i <= kEarlySearches; ++i)
+        EXPECT_EQ(std::to_string(i % 2 ? i : 10 * i), Text(At("D", nRow1 + i - 1).c_str(), pSheet));
+      EXPECT_EQ("20", Text(At("E", nRow1).c_str(), pSheet));
+      EXPECT_EQ("200", Text(At("E", nRow1 + 1).c_str(), pSheet));
+    }
   }
 };
 
-// The key formulas change after D1:D2 searched their line: the later lookups see
+// The key formulas change after column D searched their line: the later lookups see
 // the new key, not the one the line held when it was first searched.
 TEST_F(LookupCacheRecalcTest, StoresDuringRecalcReachLaterSearches) {
   for (double rKey : {100.0, 300.0, -7.5}) {

@@ -62,9 +62,12 @@ void CLookupCache::TIndex::Build(const TSheetLine& line) {
     }
   }
   // Equal values (0 and -0 among them) compare alike with every v: keep the first.
-  std::sort(m_Numbers.begin(), m_Numbers.end(), [](const TNumber& a, const TNumber& b) {
+  // Lookup tables are often sorted already, and the check costs one pass.
+  const auto byValue = [](const TNumber& a, const TNumber& b) {
     return a.r < b.r || (a.r == b.r && a.nPos < b.nPos);
-  });
+  };
+  if (!std::is_sorted(m_Numbers.begin(), m_Numbers.end(), byValue))
+    std::sort(m_Numbers.begin(), m_Numbers.end(), byValue);
   m_Numbers.erase(std::unique(m_Numbers.begin(), m_Numbers.end(),
                               [](const TNumber& a, const TNumber& b) { return a.r == b.r; }),
                   m_Numbers.end());
@@ -126,16 +129,17 @@ int CLookupCache::TIndex::FindText(const TValue& v) const {
 
 namespace {
 
-// A line searched in the open scope. It gets an index on its second search: a line
-// searched once (the moving windows of a filled-down formula) costs one scan, not a
-// build.
+// A line searched in the open scope. It gets an index once it has been scanned
+// kScansBeforeIndex times: a line searched once (the moving windows of a
+// filled-down formula) costs one scan, not a build.
 struct TSlot {
   TSheetLine line;  // a null sheet marks a free slot
   unsigned nLastUse = 0;
+  int nScans = 0;  // searches answered by scanning
   std::unique_ptr<CLookupCache::TIndex> pIndex;
 };
 
-// Lines remembered: the indexed ones and those searched once, together.
+// Lines remembered: the indexed ones and those still scanned, together.
 constexpr int kSlots = 2 * CLookupCache::kMaxIndexes;
 
 struct TCacheState {
@@ -186,10 +190,15 @@ bool CLookupCache::Find(const TSheetLine& line, const TValue& v, int* pnPos) {
     pSlot->pIndex.reset();
     pSlot->line = line;
     pSlot->nLastUse = nNow;
+    pSlot->nScans = 1;
     return false;
   }
   pSlot->nLastUse = nNow;
   if (!pSlot->pIndex) {
+    if (pSlot->nScans < kScansBeforeIndex) {
+      ++pSlot->nScans;
+      return false;
+    }
     if (m_nIndexes >= kMaxIndexes) {
       TSlot* pOldest = nullptr;
       for (TSlot& slot : g_Cache.slots)
@@ -214,11 +223,10 @@ bool CLookupCache::Find(const TSheetLine& line, const TValue& v, int* pnPos) {
 void CLookupCache::DropIndexesHolding(const CSheetBase* pSheet, int nRow, int nCol) {
   for (TSlot& slot : g_Cache.slots) {
     if (!slot.pIndex || !slot.line.Holds(pSheet, nRow, nCol)) continue;
-    // The line starts over: its next search scans and the one after builds, so
-    // that stores between searches cannot make every search a build.
+    // The line starts over, scans first, so that stores between searches cannot
+    // make every search a build.
     slot.pIndex.reset();
-    slot.line = TSheetLine();
-    slot.nLastUse = 0;
+    slot.nScans = 0;
     --m_nIndexes;
   }
 }

@@ -37,6 +37,10 @@ class CLookupCache {
  public:
   // Shorter lines are scanned: building would cost more than the scans it saves.
   static constexpr int kMinLineSize = 32;
+  // Searches of a line that scan before the next one builds its index. A build
+  // reads the whole line and sorts it, the cost of a few scans: the few searches of a
+  // small edit are cheaper scanned.
+  static constexpr int kScansBeforeIndex = 3;
   // Indexes kept at once; the least recently used one goes first. A line has at
   // most 65,536 cells and an index about 16 bytes per usable cell.
   static constexpr int kMaxIndexes = 4;
@@ -89,8 +93,9 @@ class CLookupCache {
 
   // The exact search of v along line from an index: true with *pnPos set (offset
   // or -1) when one answered. False when the caller must scan: no scope is open, v
-  // is not indexable, the line is short, the line has not been searched before in
-  // this scope (or since its index was dropped), or memory ran out.
+  // is not indexable, the line is short, the line has been searched fewer than
+  // kScansBeforeIndex times in this scope (or since its index was dropped), or
+  // memory ran out.
   static bool Find(const TSheetLine& line, const TValue& v, int* pnPos);
 
   // A formula cell got a new value: drops the indexes whose line holds it.
