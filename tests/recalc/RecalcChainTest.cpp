@@ -241,6 +241,48 @@ TEST_F(RecalcTest, MinimalRecalcRecomputesOnlyDependants) {
   EXPECT_EQ((std::vector<double>{3, 23, 3}), Nums(pBook, 1, 3));
 }
 
+// Columns of formulas reading the same tall rectangles, as lookups read one table:
+// an edit inside the rectangles recomputes every one of them, one beside or below
+// none, and the values match naive evaluation.
+TEST_F(RecalcTest, MinimalRecalcManyReadersOfOneRectangle) {
+  constexpr int kRows = 150;
+  CCountingBook* pChain = NewBook();
+  CCountingBook* pNaive = NewBook();
+  pChain->SetMinimalRecalc(1);
+  const std::string sTable = "$A$1:$A$" + std::to_string(kRows);
+  const std::string sWide = "$A$1:$B$" + std::to_string(kRows);
+  for (CCountingBook* pBook : {pChain, pNaive})
+    for (int r = 0; r < kRows; r++) {
+      const std::string sRow = std::to_string(r + 1);
+      Set(pBook, A1(r, 0), std::to_string((r * 37) % 101));
+      Set(pBook, A1(r, 1), "=SUM(" + sTable + ")-A" + sRow);
+      Set(pBook, A1(r, 2), "=MAX(" + sWide + ")+B" + sRow);
+      Set(pBook, A1(r, 3), "=C" + sRow + "*2");
+    }
+  ASSERT_EQ(0, pChain->Recalc());
+  // clang-format off
+  struct TEditCase { int nRow, nCol; unsigned nRecomputed; };
+  const TEditCase kEdits[] = {
+      {0, 0, 3 * kRows},          // first cell of the table
+      {kRows - 1, 0, 3 * kRows},  // last cell
+      {kRows, 0, 0},              // one below
+      {5, 4, 0},                  // beside the formulas
+      {7, 0, 3 * kRows},
+  };
+  // clang-format on
+  for (const TEditCase& e : kEdits) {
+    SCOPED_TRACE(A1(e.nRow, e.nCol));
+    const std::string sValue = std::to_string(e.nRow * 3 + 1);
+    Set(pChain, A1(e.nRow, e.nCol), sValue);
+    Set(pNaive, A1(e.nRow, e.nCol), sValue);
+    ASSERT_EQ(0, pChain->Recalc());
+    EXPECT_EQ(e.nRecomputed, pChain->GetRecalcChain()->GetLastRecomputed());
+    NaiveRecalc(pNaive);
+    for (int r = 0; r <= kRows; r++)
+      ASSERT_EQ(Nums(pNaive, r, 4), Nums(pChain, r, 4)) << "row " << r + 1;
+  }
+}
+
 // A chain built outside minimal mode has no index of readers yet; the first minimal
 // recomputation builds it and reaches the same cells.
 TEST_F(RecalcTest, ReadersIndexedWhenFirstNeeded) {

@@ -358,7 +358,8 @@ void CDependencyGraph::BuildDependants() {
   if (!m_bCounting) {
     for (TSheet& sheet : m_Sheets) sheet.readers.StartCount();
     for (const TRef& ref : m_Refs)
-      if (ref.wSheet < m_Sheets.size()) m_Sheets[ref.wSheet].readers.Count(ref.wRow1, ref.wRow2);
+      if (ref.wSheet < m_Sheets.size())
+        m_Sheets[ref.wSheet].readers.Count(ref.wRow1, ref.wRow2, ref.cCol1, ref.cCol2);
   }
   m_bCounting = false;
   m_bDependants = true;

@@ -229,7 +229,7 @@ inline void CDependencyGraph::AddRef(int nSheet, int nRow1, int nCol1, int nRow2
                     static_cast<std::uint8_t>(nColHi)});
   m_Flags.back() |= dfHasDeps;
   if (m_bCounting && static_cast<size_t>(nSheet) < m_Sheets.size())
-    m_Sheets[static_cast<size_t>(nSheet)].readers.Count(nRowLo, nRowHi);
+    m_Sheets[static_cast<size_t>(nSheet)].readers.Count(nRowLo, nRowHi, nColLo, nColHi);
 }
 
 inline void CDependencyGraph::AddRefInGrid(int nSheet, int nRow1, int nCol1, int nRow2, int nCol2) {
@@ -238,7 +238,7 @@ inline void CDependencyGraph::AddRefInGrid(int nSheet, int nRow1, int nCol1, int
                     static_cast<std::uint8_t>(nCol2)});
   m_Flags.back() |= dfHasDeps;
   if (m_bCounting && static_cast<size_t>(nSheet) < m_Sheets.size())
-    m_Sheets[static_cast<size_t>(nSheet)].readers.Count(nRow1, nRow2);
+    m_Sheets[static_cast<size_t>(nSheet)].readers.Count(nRow1, nRow2, nCol1, nCol2);
 }
 
 inline void CDependencyGraph::AddName(int nName) {
