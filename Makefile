@@ -24,8 +24,15 @@ test: debug
 	@if [ -x scripts/fuzz_smoke.sh ]; then scripts/fuzz_smoke.sh; fi
 	ctest --preset debug
 
+# The standard workloads come from the shared generator (not committed: generated data).
+WORKLOADS_GEN ?= $(firstword $(wildcard ../shared/bench/gen_workloads.py /work/shared/bench/gen_workloads.py))
+
 bench: release
-	@for b in build/release/bench/yarvbook_bench_*; do [ -x "$$b" ] && "$$b"; done; true
+	@if [ ! -f build/workloads/manifest.json ] && [ -n "$(WORKLOADS_GEN)" ]; then \
+	  python3 "$(WORKLOADS_GEN)" --out build/workloads; fi
+	build/release/bench/yarvbook_bench_recalcbench build/workloads
+	build/release/bench/yarvbook_bench_parsebench
+	build/release/bench/yarvbook_bench_cellmemorybench
 
 fuzz: deps
 	cmake --preset fuzz >/dev/null
