@@ -1,5 +1,8 @@
 #include "formula/FormulaParser.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -10,6 +13,7 @@
 #include <vector>
 
 #include "base/A1Text.h"
+#include "base/Cell.h"
 #include "base/ZelException.h"
 #include "book/BookBase.h"
 #include "book/Name.h"
@@ -77,6 +81,11 @@ constexpr TOpDef kOpDefs[] = {
 };
 constexpr int kTopLevel = 9;
 
+// 10^0 to 10^22: the powers of ten that doubles hold exactly.
+constexpr double kExactPowersOf10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                       1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                       1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
 // BIFF8 error literals; keep in step with the error texts of TValue.
 struct TErrorLiteral {
   const char16_t* pwszText;
@@ -92,57 +101,70 @@ inline char16_t Upper(char16_t c) {
   if (c < 0x80) return (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - 32) : c;
   return ToUpperChar(c);
 }
+
+// Classes of the ASCII units, one bit each; units from 0x80 on go to the platform's
+// tables. Keep in step with the predicates below.
+enum : unsigned char {
+  kcWhite = 0x01,       // space, tab, carriage return, line feed
+  kcDigit = 0x02,       // 0-9
+  kcLetter = 0x04,      // A-Z, a-z
+  kcNameStart = 0x08,   // first character of a name: letter, "_", "\"
+  kcFuncChar = 0x10,    // later character of a function name: letter, digit, "_", "."
+  kcNameChar = 0x20,    // later character of a defined name: kcFuncChar, "\", "?"
+  kcEndsPrefix = 0x40,  // ends an unquoted sheet or book prefix (the terminator too)
+};
+
+constexpr std::array<unsigned char, 128> kAsciiClasses = [] {
+  std::array<unsigned char, 128> a{};
+  for (char16_t c : std::u16string_view(u" \t\r\n")) a[c] |= kcWhite | kcEndsPrefix;
+  for (char16_t c = u'0'; c <= u'9'; c++) a[c] |= kcDigit | kcFuncChar | kcNameChar;
+  for (char16_t c = u'A'; c <= u'Z'; c++) {
+    a[c] |= kcLetter | kcNameStart | kcFuncChar | kcNameChar;
+    a[c + 32] |= kcLetter | kcNameStart | kcFuncChar | kcNameChar;
+  }
+  a[u'_'] |= kcNameStart | kcFuncChar | kcNameChar;
+  a[u'.'] |= kcFuncChar | kcNameChar;
+  a[u'\\'] |= kcNameStart | kcNameChar;
+  a[u'?'] |= kcNameChar;
+  a[0] |= kcEndsPrefix;
+  for (char16_t c : std::u16string_view(u"+-*/^&=<>(),;{}\"'%!")) a[c] |= kcEndsPrefix;
+  return a;
+}();
+
+inline bool HasClass(char16_t c, unsigned char cClass) {
+  return (kAsciiClasses[c] & cClass) != 0;  // c < 0x80
+}
 inline bool IsWhite(char16_t c) {
-  return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n' || c == 0x00A0 || c == 0x3000;
+  if (c < 0x80) return HasClass(c, kcWhite);
+  return c == 0x00A0 || c == 0x3000;
 }
 inline bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 inline bool IsAsciiLetter(char16_t c) {
   return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
 }
 inline bool IsLetter(char16_t c) {
-  if (c < 0x80) return IsAsciiLetter(c);
+  if (c < 0x80) return HasClass(c, kcLetter);
   return !IsWhite(c) && IsLetterChar(c);
 }
 // First character of a function or defined name.
-inline bool IsNameStart(char16_t c) { return IsLetter(c) || c == u'_' || c == u'\\'; }
+inline bool IsNameStart(char16_t c) {
+  if (c < 0x80) return HasClass(c, kcNameStart);
+  return IsLetter(c);
+}
 // Later characters of a function name.
 inline bool IsFuncChar(char16_t c) {
-  return IsLetter(c) || IsDigit(c) || c == u'_' || c == u'.' || (c >= 0x80 && IsDigitChar(c));
+  if (c < 0x80) return HasClass(c, kcFuncChar);
+  return IsLetter(c) || IsDigitChar(c);
 }
 // Later characters of a defined name.
-inline bool IsNameChar(char16_t c) { return IsFuncChar(c) || c == u'\\' || c == u'?'; }
-
+inline bool IsNameChar(char16_t c) {
+  if (c < 0x80) return HasClass(c, kcNameChar);
+  return IsFuncChar(c);
+}
 // Characters that end an unquoted sheet or book prefix.
 inline bool EndsPrefix(char16_t c) {
-  switch (c) {
-    case 0:
-    case u' ':
-    case u'\t':
-    case u'\r':
-    case u'\n':
-    case u'+':
-    case u'-':
-    case u'*':
-    case u'/':
-    case u'^':
-    case u'&':
-    case u'=':
-    case u'<':
-    case u'>':
-    case u'(':
-    case u')':
-    case u',':
-    case u';':
-    case u'{':
-    case u'}':
-    case u'"':
-    case u'\'':
-    case u'%':
-    case u'!':
-      return true;
-    default:
-      return IsWhite(c);
-  }
+  if (c < 0x80) return HasClass(c, kcEndsPrefix);
+  return IsWhite(c);
 }
 
 bool EqualNoCase(const char16_t* p, const char16_t* pwszUpper, int nLen) {
@@ -265,8 +287,91 @@ void CFormulaParser::SetFormulaType(EFormulaType type) {
 namespace {
 
 // The parser's descriptor of each registered function, refreshed from the registry
-// at every lookup so that a body registered late or a reloaded local name is seen.
+// at every registry lookup so that a body registered late or a reloaded local name
+// is seen.
 TParseFunc g_ParseFuncs[kNumFuncSlots];
+
+// Built-in functions by ASCII name, one cache per mode, so that a call's name is not
+// hashed and compared through the platform's case mapping and its descriptor not
+// rebuilt every time. The entries hold while the registry's list head and the
+// resource generation are what they were when the cache was filled: registering a
+// function puts it at the head, and local names change only with the resources. A
+// hit is also checked against its function's slot, so that a function unregistered
+// from deeper in the list is not found. Misses go to the registry.
+struct TFuncNameCache {
+  static constexpr int kMaxName = 32;  // longer names are not cached
+  static constexpr int kSlots = 512;   // a power of two
+  static constexpr int kMaxEntries = kSlots / 2;
+  // A name upper-cased and padded with zeros, so that keys compare as whole blocks.
+  struct TKey {
+    char szName[kMaxName] = {};
+    unsigned nHash = 0;
+  };
+  struct TEntry {
+    char szName[kMaxName] = {};
+    int nLen = 0;  // 0: free
+    unsigned short nFunc = 0;
+    const TFunc* pFunc = nullptr;
+  };
+
+  TEntry aSlots[kSlots];
+  int nCount = 0;
+  const TFunc* pHead = nullptr;  // TFunc::m_pFirstFunc when the entries were made
+  unsigned nResourceGen = 0;
+
+  // The key of the nLen units at p; false for a name that is empty, too long or not
+  // ASCII.
+  static bool MakeKey(const char16_t* p, int nLen, TKey* pKey) {
+    if (nLen <= 0 || nLen > kMaxName) return false;
+    unsigned h = 2166136261u;
+    for (int i = 0; i < nLen; i++) {
+      char16_t c = p[i];
+      if (c >= 0x80) return false;
+      if (c >= u'a' && c <= u'z') c = static_cast<char16_t>(c - 32);
+      pKey->szName[i] = static_cast<char>(c);
+      h = (h ^ c) * 16777619u;
+    }
+    pKey->nHash = h;
+    return true;
+  }
+  bool IsCurrent() const {
+    return nCount > 0 && pHead == TFunc::m_pFirstFunc && nResourceGen == GetResourceGeneration();
+  }
+  // The slot of the key, or the free slot where it would go.
+  TEntry& Probe(const TKey& key) {
+    for (unsigned j = key.nHash & (kSlots - 1);; j = (j + 1) & (kSlots - 1)) {
+      TEntry& e = aSlots[j];
+      if (e.nLen == 0 || std::memcmp(e.szName, key.szName, kMaxName) == 0) return e;
+    }
+  }
+  const TEntry* Find(const TKey& key) {
+    const TEntry& e = Probe(key);
+    if (e.nLen == 0 || TFunc::m_pFunc[e.nFunc] != e.pFunc) return nullptr;
+    return &e;
+  }
+  // Enters what the registry found for the key; called right after the lookup, so
+  // that a registry completed by that lookup is the state recorded.
+  void Add(const TKey& key, int nLen, const TFunc* pFunc) {
+    const unsigned nFunc = pFunc->GetFuncNumber();
+    if (nFunc >= kNumFuncSlots || TFunc::m_pFunc[nFunc] != pFunc) return;
+    if (!IsCurrent()) {
+      for (TEntry& e : aSlots) e = TEntry{};
+      nCount = 0;
+      pHead = TFunc::m_pFirstFunc;
+      nResourceGen = GetResourceGeneration();
+    }
+    TEntry& e = Probe(key);
+    if (e.nLen == 0) {
+      if (nCount >= kMaxEntries) return;
+      nCount++;
+      std::memcpy(e.szName, key.szName, kMaxName);
+      e.nLen = nLen;
+    }
+    e.nFunc = static_cast<unsigned short>(nFunc);
+    e.pFunc = pFunc;
+  }
+};
+TFuncNameCache g_aFuncNameCaches[2];  // English, local
 
 // The 1-based index of the extern name of pSupBook spelt by the nLen units at p,
 // added when bAdd; 0 when none.
@@ -281,6 +386,14 @@ int FindSupBookName(CSupBook* pSupBook, const char16_t* p, int nLen, bool bAdd) 
 }  // namespace
 
 const TParseFunc* CFormulaParser::FindFunction(const char16_t* p, int nLen) {
+  // ASCII names go through the name cache first; its key is the name upper-cased,
+  // which is all the registry's comparison looks at for ASCII text.
+  TFuncNameCache& cache = g_aFuncNameCaches[m_bEnglish ? 0 : 1];
+  TFuncNameCache::TKey key;
+  const bool bCacheable = TFuncNameCache::MakeKey(p, nLen, &key);
+  if (bCacheable && cache.IsCurrent()) {
+    if (const TFuncNameCache::TEntry* pEntry = cache.Find(key)) return &g_ParseFuncs[pEntry->nFunc];
+  }
   const TFunc* pFunc = TFunc::FindFunc(p, nLen, m_bEnglish ? 1 : 0);
   if (pFunc == nullptr) return nullptr;
   TParseFunc& desc = g_ParseFuncs[pFunc->GetFuncNumber()];
@@ -296,6 +409,7 @@ const TParseFunc* CFormulaParser::FindFunction(const char16_t* p, int nLen) {
   desc.wArgClasses = static_cast<unsigned short>(wClasses);
   desc.bVolatile = pFunc->IsVolatile();
   desc.bVarArgs = pFunc->GetMinArgs() != pFunc->GetMaxArgs();
+  if (bCacheable) cache.Add(key, nLen, pFunc);
   return &desc;
 }
 
@@ -479,13 +593,64 @@ bool ReadRowSpan(const char16_t** ppText, int* pFlags1, int* pFlags2, TRange* pR
   return true;
 }
 
+// A plain address "[$]col[$]row" standing before a character that continues no
+// reading of it (not a name character, not ":"): the common case, read in one pass.
+// False, with nothing advanced, for anything else; the general readers then decide,
+// and where this succeeds they give the same address.
+bool ReadPlainAddress(const char16_t** ppText, int* pFlags, int* pRow, int* pCol) {
+  const char16_t* p = *ppText;
+  int nFlags = 0;
+  if (*p == u'$') {
+    nFlags |= kAbsCol;
+    ++p;
+  }
+  if (!IsAsciiLetter(*p)) return false;
+  int nCol = (*p++ | 0x20) - u'a';
+  if (IsAsciiLetter(*p)) {
+    nCol = (nCol + 1) * 26 + ((*p++ | 0x20) - u'a');
+    if (nCol > kMaxCol) return false;
+  }
+  if (*p == u'$') {
+    nFlags |= kAbsRow;
+    ++p;
+  }
+  if (!IsDigit(*p)) return false;
+  int nRow = 0;
+  do {
+    nRow = nRow * 10 + (*p++ - u'0');
+    if (nRow > kRowCount) return false;
+  } while (IsDigit(*p));
+  if (nRow == 0) return false;
+  if (*p >= 0x80 || HasClass(*p, kcNameChar) || *p == u':') return false;
+  *pFlags = nFlags;
+  *pRow = nRow - 1;
+  *pCol = nCol;
+  *ppText = p;
+  return true;
+}
+
 }  // namespace
 
 int CFormulaParser::NextRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
                                    unsigned char* pFlags2, TRange* pRange) {
-  int nFlags1 = 0, nFlags2 = 0;
-  if (ReadColumnSpan(ppText, &nFlags1, &nFlags2, pRange) ||
-      ReadRowSpan(ppText, &nFlags1, &nFlags2, pRange)) {
+  // Past an optional "$", a digit can only start a whole-row span and a letter a
+  // whole-column span or an address; anything else starts no reference.
+  const char16_t* p = *ppText;
+  const char16_t c = p[*p == u'$' ? 1 : 0];
+  int nFlags1 = 0, nFlags2 = 0, nRow = 0, nCol = 0;
+  if (IsDigit(c)) {
+    // A number unless its digits run into ":".
+    const char16_t* q = p + (*p == u'$' ? 2 : 1);
+    while (IsDigit(*q)) q++;
+    if (*q != u':' || !ReadRowSpan(ppText, &nFlags1, &nFlags2, pRange)) return 0;
+    *pIsRange = 1;
+  } else if (!IsAsciiLetter(c)) {
+    return 0;
+  } else if (ReadPlainAddress(ppText, &nFlags1, &nRow, &nCol)) {
+    *pIsRange = 0;
+    nFlags2 = nFlags1;
+    pRange->Set(nRow, nCol, nRow, nCol);
+  } else if (ReadColumnSpan(ppText, &nFlags1, &nFlags2, pRange)) {
     *pIsRange = 1;
   } else if (!CvtRange(ppText, pIsRange, &nFlags1, &nFlags2, pRange)) {
     return 0;
@@ -508,14 +673,14 @@ void CFormulaParser::Grow(std::unique_ptr<unsigned char[]>& p, int& nCap, int nN
   nCap = nNew;
 }
 
-unsigned char* CFormulaParser::Out(int nBytes) {
+inline unsigned char* CFormulaParser::Out(int nBytes) {
   if (m_nOut + nBytes > m_nOutCap) Grow(m_pOut, m_nOutCap, m_nOut + nBytes);
   unsigned char* p = m_pOut.get() + m_nOut;
   m_nOut += nBytes;
   return p;
 }
 
-unsigned char* CFormulaParser::OutAdded(int nBytes) {
+inline unsigned char* CFormulaParser::OutAdded(int nBytes) {
   if (m_nAdded + nBytes > m_nAddedCap) Grow(m_pAdded, m_nAddedCap, m_nAdded + nBytes);
   unsigned char* p = m_pAdded.get() + m_nAdded;
   m_nAdded += nBytes;
@@ -568,10 +733,14 @@ void CFormulaParser::EnsureOps() {
   struct TCache {
     TParseOp aOps[std::size(kOpDefs) + 1];
     int nOps = 0;
+    // Per ASCII first character (upper case), the operators that start with it: bit i
+    // for aOps[i]; prefix operators in the first half, the others in the second.
+    unsigned anStarts[2 * 128] = {};
     unsigned nResourceGen = ~0u;
     unsigned nLocaleGen = ~0u;
     bool bBuilt = false;
   };
+  static_assert(std::size(kOpDefs) + 1 <= 32, "one bit per operator");
   static TCache s_aCache[2];
   TCache& c = s_aCache[m_bEnglish ? 0 : 1];
   const unsigned nResGen = GetResourceGeneration();
@@ -605,12 +774,19 @@ void CFormulaParser::EnsureOps() {
     un.nLevel = 2;
     un.nKind = TParseOp::okBinary;
     un.bRefOp = true;
+    std::fill(std::begin(c.anStarts), std::end(c.anStarts), 0u);
+    for (int i = 0; i < c.nOps; i++) {
+      const TParseOp& op = c.aOps[i];
+      if (op.szText[0] >= 0x80) continue;
+      c.anStarts[(op.nKind == TParseOp::okPrefix ? 0 : 128) + op.szText[0]] |= 1u << i;
+    }
     c.nResourceGen = nResGen;
     c.nLocaleGen = nLocGen;
     c.bBuilt = true;
   }
   m_pOps = c.aOps;
   m_nOps = c.nOps;
+  m_pOpStarts = c.anStarts;
 }
 
 int CFormulaParser::Parse(const char16_t* pwszText, EFormulaType type) {
@@ -684,7 +860,9 @@ void CFormulaParser::Next(bool bOperator) {
     return;
   }
   if (c != u')' && c != u'}' && c != u';') {
-    if (LexOperator(bOperator)) return;
+    // The ASCII start table tells without a call that no operator starts here.
+    if ((c >= 0x80 || m_pOpStarts[(bOperator ? 128 : 0) + Upper(c)] != 0) && LexOperator(bOperator))
+      return;
     if (bOperator && bWhite) {
       // White space between two operands is the intersection operator.
       static const TParseOp s_Isect = [] {
@@ -759,6 +937,46 @@ void CFormulaParser::Next(bool bOperator) {
 }
 
 bool CFormulaParser::LexNumber() {
+  // Plain decimals (no exponent) of at most 19 digits whose digits, read as one
+  // integer, stay below 2^53, and with at most 22 digits after the decimal separator:
+  // both that integer and the power of ten are exact doubles, so their quotient is
+  // the correctly rounded value, as from_chars would give.
+  {
+    const char16_t* p = m_p;
+    unsigned long long nMantissa = 0;
+    int nIntDigits = 0, nFracDigits = 0;
+    while (IsDigit(*p)) {
+      nMantissa = nMantissa * 10 + static_cast<unsigned>(*p++ - u'0');
+      nIntDigits++;
+    }
+    const unsigned long long nIntPart = nMantissa;
+    bool bFracZero = true;
+    if (*p == m_cDecimal && (IsDigit(p[1]) || nIntDigits > 0)) {
+      p++;
+      while (IsDigit(*p)) {
+        bFracZero = bFracZero && *p == u'0';
+        nMantissa = nMantissa * 10 + static_cast<unsigned>(*p++ - u'0');
+        nFracDigits++;
+      }
+    }
+    const bool bExponent = (*p == u'E' || *p == u'e') &&
+                           (IsDigit(p[1]) || ((p[1] == u'+' || p[1] == u'-') && IsDigit(p[2])));
+    if (!bExponent && nIntDigits + nFracDigits <= 19 && nMantissa < (1ull << 53) &&
+        nFracDigits <= 22 && (nFracDigits > 0 || nIntDigits <= 15)) {
+      double r = static_cast<double>(nMantissa);
+      if (nFracDigits > 0) r /= kExactPowersOf10[nFracDigits];
+      m_p = p;
+      m_nKind = lkNumber;
+      m_rNumber = r;
+      // Whole exactly when the fraction digits are all zero: a nonzero one puts the
+      // value at least 10^-k from every integer, and with fewer than 2^53 as the digits'
+      // integer that is more than half the spacing of doubles there, so rounding
+      // cannot land on an integer either.
+      m_bIsInt = bFracZero && nIntPart <= 65535;
+      m_wInt = m_bIsInt ? static_cast<unsigned short>(nIntPart) : 0;
+      return true;
+    }
+  }
   // digits [decimal digits] [E [sign] digits], read as ASCII for from_chars
   char szBuf[80];
   std::string sLong;
@@ -845,15 +1063,26 @@ bool CFormulaParser::LexString() {
   return true;
 }
 
-bool CFormulaParser::LexOperator(bool bOperator) {
+inline bool CFormulaParser::LexOperator(bool bOperator) {
+  // Of the operators of the wanted kind that the text starts with, the longest; of
+  // equally long ones the first.
   const TParseOp* pBest = nullptr;
   const char16_t c0 = Upper(*m_p);
-  for (int i = 0; i < m_nOps; i++) {
-    const TParseOp& op = m_pOps[i];
-    if ((op.nKind == TParseOp::okPrefix) == bOperator) continue;
-    if (op.szText[0] != c0) continue;
-    if (pBest && op.nLen <= pBest->nLen) continue;
-    if (EqualNoCase(m_p, op.szText, op.nLen)) pBest = &op;
+  if (*m_p < 0x80) {
+    for (unsigned nSet = m_pOpStarts[(bOperator ? 128 : 0) + c0]; nSet != 0; nSet &= nSet - 1) {
+      const TParseOp& op = m_pOps[std::countr_zero(nSet)];
+      if (pBest && op.nLen <= pBest->nLen) continue;
+      if (EqualNoCase(m_p, op.szText, op.nLen)) pBest = &op;
+    }
+  } else {
+    // A unit from 0x80 on may upper-case onto an ASCII operator text.
+    for (int i = 0; i < m_nOps; i++) {
+      const TParseOp& op = m_pOps[i];
+      if ((op.nKind == TParseOp::okPrefix) == bOperator) continue;
+      if (op.szText[0] != c0) continue;
+      if (pBest && op.nLen <= pBest->nLen) continue;
+      if (EqualNoCase(m_p, op.szText, op.nLen)) pBest = &op;
+    }
   }
   if (!pBest) return false;
   m_p += pBest->nLen;
@@ -876,10 +1105,14 @@ bool CFormulaParser::LexErrorLiteral() {
 
 bool CFormulaParser::LexWord() {
   const char16_t* p = m_p;
+  // Where the search for a prefix's "!" may start: no function-name character ends a
+  // prefix, so the run that step 1 reads need not be read again.
+  const char16_t* pPrefixScan = p;
   // 1. function name followed by "("
   if (IsNameStart(*p) && *p != u'\\') {
     const char16_t* q = p + 1;
     while (IsFuncChar(*q)) q++;
+    pPrefixScan = q;
     const char16_t* r = q;
     while (IsWhite(*r)) r++;
     if (*r == u'(') {
@@ -920,7 +1153,7 @@ bool CFormulaParser::LexWord() {
   }
   // 2. unquoted sheet or book prefix up to "!"
   {
-    const char16_t* q = p;
+    const char16_t* q = pPrefixScan;
     while (!EndsPrefix(*q)) q++;
     if (*q == u'!' && q != p) {
       m_sScratch.assign(p, q);
@@ -1034,7 +1267,7 @@ bool CFormulaParser::LexPrefixed(const char16_t* pAfter) {
 
 // ---- Parser ---------------------------------------------------------------------
 
-void CFormulaParser::FixOperand(const TOperand& op, unsigned char cWant) {
+inline void CFormulaParser::FixOperand(const TOperand& op, unsigned char cWant) {
   if (op.nPos < 0 || !op.cNatural) return;
   unsigned char cClass;
   if (cWant == kClassRef)

@@ -207,7 +207,7 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   void Next(bool bOperator);
   bool LexNumber();
   bool LexString();
-  bool LexOperator(bool bOperator);
+  inline bool LexOperator(bool bOperator);
   bool LexWord();
   bool LexPrefixed(const char16_t* pAfter);
   bool LexErrorLiteral();
@@ -219,7 +219,7 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   TOperand ParseFunc();
   TOperand ParseArray();
   bool ParseArrayItem();
-  void FixOperand(const TOperand& op, unsigned char cWant);
+  inline void FixOperand(const TOperand& op, unsigned char cWant);
   // Turns the value-class operands written from nStart on into array class: an
   // expression whose result is wanted as an array computes its operators element-wise.
   void ForceArrayClass(int nStart);
@@ -228,8 +228,8 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   void PutRef(unsigned char cBase, int nExternSheet);
 
   // ---- output ----
-  unsigned char* Out(int nBytes);
-  unsigned char* OutAdded(int nBytes);
+  inline unsigned char* Out(int nBytes);
+  inline unsigned char* OutAdded(int nBytes);
   void Insert(int nPos, int nBytes);
   void InsertAdded(int nPos, int nBytes);
   void Grow(std::unique_ptr<unsigned char[]>& p, int& nCap, int nNeed);
@@ -289,5 +289,7 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   // resources or the locale change.
   const TParseOp* m_pOps = nullptr;
   int m_nOps = 0;
+  // Per ASCII first character, the operators starting with it (see EnsureOps).
+  const unsigned* m_pOpStarts = nullptr;
   TParseFunc m_ExternFunc;  // descriptor of the external call being lexed
 };
