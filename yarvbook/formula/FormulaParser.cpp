@@ -1322,7 +1322,54 @@ CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
       *Out(1) = pOp->cToken;
     }
   } else {
-    left = ParseElement();
+    // The frequent elements here rather than in ParseElement: one call frame less
+    // for every level of nested calls.
+    switch (m_nKind) {
+      case lkNumber: {
+        left.nPos = m_nOut;
+        TPostfixPtr p(Out(m_bIsInt ? 3 : 9));
+        if (m_bIsInt) {
+          p.Put(tInt);
+          p.Put(m_wInt);
+        } else {
+          p.Put(tNum);
+          p.Put(m_rNumber);
+        }
+        Next(true);
+        break;
+      }
+      case lkRef: {
+        const bool bArea = m_nIsRange != 0;
+        int nExtern = m_nExternSheet;
+        if (nExtern < 0 && m_bForce3d) {
+          nExtern = FindOwnExternSheet(GetFormulaSheetIndex());
+          if (nExtern < 0) {
+            SetError(perUnexpected);
+            break;
+          }
+        }
+        unsigned char cBase;
+        const bool bRel = !(m_cFlags1 & kAbsCol) || !(m_cFlags1 & kAbsRow) ||
+                          (bArea && (!(m_cFlags2 & kAbsCol) || !(m_cFlags2 & kAbsRow)));
+        if (nExtern >= 0)
+          cBase = bArea ? tArea3d : tRef3d;
+        else if (m_bRelRCIsOffset && bRel)
+          cBase = bArea ? tAreaN : tRefN;
+        else
+          cBase = bArea ? tArea : tRef;
+        left.nPos = m_nOut;
+        left.cNatural = kClassRef;
+        PutRef(cBase, nExtern);
+        Next(true);
+        break;
+      }
+      case lkFunc:
+        left = ParseFunc();
+        break;
+      default:
+        left = ParseElement();
+        break;
+    }
   }
   while (!m_nError && m_nKind == lkOp) {
     const TParseOp* pOp = m_pOp;
@@ -1380,22 +1427,11 @@ void CFormulaParser::PutRef(unsigned char cBase, int nExternSheet) {
   }
 }
 
+// The elements ParseExpr leaves to this: strings, constants, names, brackets and
+// arrays, and whatever is no element.
 CFormulaParser::TOperand CFormulaParser::ParseElement() {
   TOperand res;
   switch (m_nKind) {
-    case lkNumber: {
-      res.nPos = m_nOut;
-      TPostfixPtr p(Out(m_bIsInt ? 3 : 9));
-      if (m_bIsInt) {
-        p.Put(tInt);
-        p.Put(m_wInt);
-      } else {
-        p.Put(tNum);
-        p.Put(m_rNumber);
-      }
-      Next(true);
-      return res;
-    }
     case lkString: {
       res.nPos = m_nOut;
       TPostfixPtr p(Out(2 + 2 * m_nStrLen));
@@ -1411,31 +1447,6 @@ CFormulaParser::TOperand CFormulaParser::ParseElement() {
       unsigned char* p = Out(2);
       p[0] = m_nKind == lkBool ? tBool : tErr;
       p[1] = m_nKind == lkBool ? (m_bBool ? 1 : 0) : m_cErr;
-      Next(true);
-      return res;
-    }
-    case lkRef: {
-      const bool bArea = m_nIsRange != 0;
-      int nExtern = m_nExternSheet;
-      if (nExtern < 0 && m_bForce3d) {
-        nExtern = FindOwnExternSheet(GetFormulaSheetIndex());
-        if (nExtern < 0) {
-          SetError(perUnexpected);
-          return res;
-        }
-      }
-      unsigned char cBase;
-      const bool bRel = !(m_cFlags1 & kAbsCol) || !(m_cFlags1 & kAbsRow) ||
-                        (bArea && (!(m_cFlags2 & kAbsCol) || !(m_cFlags2 & kAbsRow)));
-      if (nExtern >= 0)
-        cBase = bArea ? tArea3d : tRef3d;
-      else if (m_bRelRCIsOffset && bRel)
-        cBase = bArea ? tAreaN : tRefN;
-      else
-        cBase = bArea ? tArea : tRef;
-      res.nPos = m_nOut;
-      res.cNatural = kClassRef;
-      PutRef(cBase, nExtern);
       Next(true);
       return res;
     }
@@ -1469,8 +1480,6 @@ CFormulaParser::TOperand CFormulaParser::ParseElement() {
     }
     case lkArrOpen:
       return ParseArray();
-    case lkFunc:
-      return ParseFunc();
     default:
       SetError(perUnexpected);
       return res;
