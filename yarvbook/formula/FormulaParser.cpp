@@ -831,7 +831,9 @@ void CFormulaParser::GetParseResults(CFormulaCell* pCell) const {
 
 // ---- Lexer ----------------------------------------------------------------------
 
-void CFormulaParser::Next(bool bOperator) {
+// Compiled once for each position, so that the tests on it fold away.
+template <bool bOperator>
+void CFormulaParser::NextToken() {
   m_pFunc = nullptr;
   m_nExternFunc = 0;
   m_nExternSheet = -1;

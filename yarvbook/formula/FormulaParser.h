@@ -204,7 +204,10 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   void SetError(int nError) { SetError(nError, m_pTokStart); }
 
   // ---- lexer ----
-  void Next(bool bOperator);
+  // Reads the next token; bOperator: where an operator may stand (after an operand).
+  void Next(bool bOperator) { bOperator ? NextToken<true>() : NextToken<false>(); }
+  template <bool bOperator>
+  void NextToken();
   bool LexNumber();
   bool LexString();
   inline bool LexOperator(bool bOperator);
