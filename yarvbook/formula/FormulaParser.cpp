@@ -302,14 +302,15 @@ struct TFuncNameCache {
   static constexpr int kMaxName = 32;  // longer names are not cached
   static constexpr int kSlots = 512;   // a power of two
   static constexpr int kMaxEntries = kSlots / 2;
-  // A name upper-cased and padded with zeros, so that keys compare as whole blocks.
+  // The text of a name looked up, with the hash of its upper-cased form.
   struct TKey {
-    char szName[kMaxName] = {};
+    const char16_t* pText = nullptr;
+    int nLen = 0;
     unsigned nHash = 0;
   };
   struct TEntry {
-    char szName[kMaxName] = {};
-    int nLen = 0;  // 0: free
+    char szName[kMaxName] = {};  // upper case
+    int nLen = 0;                // 0: free
     unsigned short nFunc = 0;
     const TFunc* pFunc = nullptr;
   };
@@ -319,29 +320,34 @@ struct TFuncNameCache {
   const TFunc* pHead = nullptr;  // TFunc::m_pFirstFunc when the entries were made
   unsigned nResourceGen = 0;
 
+  static char AsciiUpper(unsigned c) { return static_cast<char>(c - (c - u'a' < 26u ? 32 : 0)); }
   // The key of the nLen units at p; false for a name that is empty, too long or not
   // ASCII.
   static bool MakeKey(const char16_t* p, int nLen, TKey* pKey) {
     if (nLen <= 0 || nLen > kMaxName) return false;
-    unsigned h = 2166136261u;
+    unsigned h = 2166136261u, nUnits = 0;
     for (int i = 0; i < nLen; i++) {
-      char16_t c = p[i];
-      if (c >= 0x80) return false;
-      if (c >= u'a' && c <= u'z') c = static_cast<char16_t>(c - 32);
-      pKey->szName[i] = static_cast<char>(c);
-      h = (h ^ c) * 16777619u;
+      nUnits |= p[i];
+      h = (h ^ static_cast<unsigned char>(AsciiUpper(p[i]))) * 16777619u;
     }
-    pKey->nHash = h;
+    if (nUnits >= 0x80) return false;
+    *pKey = TKey{p, nLen, h};
     return true;
   }
   bool IsCurrent() const {
     return nCount > 0 && pHead == TFunc::m_pFirstFunc && nResourceGen == GetResourceGeneration();
   }
+  static bool Matches(const TEntry& e, const TKey& key) {
+    if (e.nLen != key.nLen) return false;
+    for (int i = 0; i < key.nLen; i++)
+      if (AsciiUpper(key.pText[i]) != e.szName[i]) return false;
+    return true;
+  }
   // The slot of the key, or the free slot where it would go.
   TEntry& Probe(const TKey& key) {
     for (unsigned j = key.nHash & (kSlots - 1);; j = (j + 1) & (kSlots - 1)) {
       TEntry& e = aSlots[j];
-      if (e.nLen == 0 || std::memcmp(e.szName, key.szName, kMaxName) == 0) return e;
+      if (e.nLen == 0 || Matches(e, key)) return e;
     }
   }
   const TEntry* Find(const TKey& key) {
@@ -351,7 +357,7 @@ struct TFuncNameCache {
   }
   // Enters what the registry found for the key; called right after the lookup, so
   // that a registry completed by that lookup is the state recorded.
-  void Add(const TKey& key, int nLen, const TFunc* pFunc) {
+  void Add(const TKey& key, const TFunc* pFunc) {
     const unsigned nFunc = pFunc->GetFuncNumber();
     if (nFunc >= kNumFuncSlots || TFunc::m_pFunc[nFunc] != pFunc) return;
     if (!IsCurrent()) {
@@ -364,14 +370,37 @@ struct TFuncNameCache {
     if (e.nLen == 0) {
       if (nCount >= kMaxEntries) return;
       nCount++;
-      std::memcpy(e.szName, key.szName, kMaxName);
-      e.nLen = nLen;
+      for (int i = 0; i < key.nLen; i++) e.szName[i] = AsciiUpper(key.pText[i]);
+      e.nLen = key.nLen;
     }
     e.nFunc = static_cast<unsigned short>(nFunc);
     e.pFunc = pFunc;
   }
 };
 TFuncNameCache g_aFuncNameCaches[2];  // English, local
+
+// The registry's function of the nLen units at p (into *ppFunc) and its descriptor,
+// refreshed; null when there is none.
+const TParseFunc* FindRegisteredFunc(const char16_t* p, int nLen, bool bEnglish,
+                                     const TFunc** ppFunc) {
+  const TFunc* pFunc = TFunc::FindFunc(p, nLen, bEnglish ? 1 : 0);
+  *ppFunc = pFunc;
+  if (pFunc == nullptr) return nullptr;
+  TParseFunc& desc = g_ParseFuncs[pFunc->GetFuncNumber()];
+  desc.pwszName = pFunc->GetName();
+  desc.pwszLocalName = pFunc->GetLocalName();
+  desc.nFunc = pFunc->GetFuncNumber();
+  desc.nMinArgs = static_cast<unsigned char>(pFunc->GetMinArgs());
+  desc.nMaxArgs = static_cast<unsigned char>(pFunc->GetMaxArgs());
+  desc.nResultClass = pFunc->GetResultClass();
+  unsigned wClasses = 0;
+  for (int i = 0; i < 8; i++)
+    wClasses |= static_cast<unsigned>(pFunc->GetArgClass(i)) << (i < 7 ? 2 * i : 14);
+  desc.wArgClasses = static_cast<unsigned short>(wClasses);
+  desc.bVolatile = pFunc->IsVolatile();
+  desc.bVarArgs = pFunc->GetMinArgs() != pFunc->GetMaxArgs();
+  return &desc;
+}
 
 // The 1-based index of the extern name of pSupBook spelt by the nLen units at p,
 // added when bAdd; 0 when none.
@@ -390,27 +419,15 @@ const TParseFunc* CFormulaParser::FindFunction(const char16_t* p, int nLen) {
   // which is all the registry's comparison looks at for ASCII text.
   TFuncNameCache& cache = g_aFuncNameCaches[m_bEnglish ? 0 : 1];
   TFuncNameCache::TKey key;
-  const bool bCacheable = TFuncNameCache::MakeKey(p, nLen, &key);
-  if (bCacheable && cache.IsCurrent()) {
+  const TFunc* pFunc = nullptr;
+  if (!TFuncNameCache::MakeKey(p, nLen, &key))
+    return FindRegisteredFunc(p, nLen, m_bEnglish, &pFunc);
+  if (cache.IsCurrent()) {
     if (const TFuncNameCache::TEntry* pEntry = cache.Find(key)) return &g_ParseFuncs[pEntry->nFunc];
   }
-  const TFunc* pFunc = TFunc::FindFunc(p, nLen, m_bEnglish ? 1 : 0);
-  if (pFunc == nullptr) return nullptr;
-  TParseFunc& desc = g_ParseFuncs[pFunc->GetFuncNumber()];
-  desc.pwszName = pFunc->GetName();
-  desc.pwszLocalName = pFunc->GetLocalName();
-  desc.nFunc = pFunc->GetFuncNumber();
-  desc.nMinArgs = static_cast<unsigned char>(pFunc->GetMinArgs());
-  desc.nMaxArgs = static_cast<unsigned char>(pFunc->GetMaxArgs());
-  desc.nResultClass = pFunc->GetResultClass();
-  unsigned wClasses = 0;
-  for (int i = 0; i < 8; i++)
-    wClasses |= static_cast<unsigned>(pFunc->GetArgClass(i)) << (i < 7 ? 2 * i : 14);
-  desc.wArgClasses = static_cast<unsigned short>(wClasses);
-  desc.bVolatile = pFunc->IsVolatile();
-  desc.bVarArgs = pFunc->GetMinArgs() != pFunc->GetMaxArgs();
-  if (bCacheable) cache.Add(key, nLen, pFunc);
-  return &desc;
+  const TParseFunc* pDesc = FindRegisteredFunc(p, nLen, m_bEnglish, &pFunc);
+  if (pDesc != nullptr) cache.Add(key, pFunc);
+  return pDesc;
 }
 
 // External functions (and the host's add-ins) are called as function 255 with their
@@ -831,9 +848,73 @@ void CFormulaParser::GetParseResults(CFormulaCell* pCell) const {
 
 // ---- Lexer ----------------------------------------------------------------------
 
-// Compiled once for each position, so that the tests on it fold away.
+// Compiled once for each position. The commonest tokens met without white space
+// are taken here, with only the tests that tell them, before the general path
+// (LexToken), which comes to the same reading in its own order: behind an operand
+// a separator or ")", which leave the call and extern fields alone (only the token
+// that set them reads them); as an operand a number or a word.
 template <bool bOperator>
 void CFormulaParser::NextToken() {
+  const char16_t c = *m_p;
+  if constexpr (bOperator) {
+    if (c == m_cArgSep && (m_bInArgs || m_bInArray)) {
+      m_pTokStart = m_p++;
+      m_nKind = lkSep;
+      return;
+    }
+    if (c == u')' && c != m_cArgSep) {
+      m_pTokStart = m_p++;
+      m_nKind = lkClose;
+      return;
+    }
+    if (c < 0x80 && c != u')' && c != u'}' && c != u';' &&
+        LexSingleOperator(m_pOpStarts[128 + Upper(c)]))
+      return;
+  } else {
+    const bool bDigit = IsDigit(c);
+    if (bDigit ||
+        (IsAsciiLetter(c) && c != m_cDecimal && c != m_cArgSep && m_pOpStarts[Upper(c)] == 0)) {
+      m_pFunc = nullptr;
+      m_nExternFunc = 0;
+      m_nExternSheet = -1;
+      m_pTokStart = m_p;
+      if (!bDigit) {
+        if (!LexWord()) m_nKind = lkBad;
+      } else if (!m_bInArray &&
+                 NextRangeToken(&m_p, &m_nIsRange, &m_cFlags1, &m_cFlags2, &m_Range)) {
+        m_nKind = lkRef;  // "5:5" is a whole row, not the number 5
+      } else if (!LexNumber()) {
+        m_nKind = lkBad;
+      }
+      return;
+    }
+    if (c < 0x80 && c != m_cDecimal && c != m_cArgSep && c != u')' && c != u'}' && c != u';') {
+      const unsigned nStarts = m_pOpStarts[Upper(c)];
+      if (c == u'(' && nStarts == 0) {
+        m_pTokStart = m_p++;
+        m_nKind = lkOpen;
+        return;
+      }
+      if (LexSingleOperator(nStarts)) return;
+    }
+  }
+  LexToken(bOperator);
+}
+
+// The operator of the start set nStarts when the set holds one operator of one
+// unit: nothing longer can start here, so it is what LexOperator would find.
+inline bool CFormulaParser::LexSingleOperator(unsigned nStarts) {
+  if (nStarts == 0 || (nStarts & (nStarts - 1)) != 0) return false;
+  const TParseOp& op = m_pOps[std::countr_zero(nStarts)];
+  if (op.nLen != 1) return false;
+  m_pTokStart = m_p++;
+  m_pOp = &op;
+  m_nKind = lkOp;
+  return true;
+}
+
+// Out of line, so that the short cuts above do not carry its register saves.
+void CFormulaParser::LexToken(bool bOperator) {
   m_pFunc = nullptr;
   m_nExternFunc = 0;
   m_nExternSheet = -1;
@@ -979,7 +1060,12 @@ bool CFormulaParser::LexNumber() {
       return true;
     }
   }
-  // digits [decimal digits] [E [sign] digits], read as ASCII for from_chars
+  return LexNumberGeneral();
+}
+
+// Any number: digits [decimal digits] [E [sign] digits], read as ASCII for
+// from_chars. Out of line, so that the common case above does without its frame.
+bool CFormulaParser::LexNumberGeneral() {
   char szBuf[80];
   std::string sLong;
   const char16_t* p = m_p;

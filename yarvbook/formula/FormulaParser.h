@@ -208,9 +208,12 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   void Next(bool bOperator) { bOperator ? NextToken<true>() : NextToken<false>(); }
   template <bool bOperator>
   void NextToken();
+  void LexToken(bool bOperator);
   bool LexNumber();
+  bool LexNumberGeneral();
   bool LexString();
   inline bool LexOperator(bool bOperator);
+  inline bool LexSingleOperator(unsigned nStarts);
   bool LexWord();
   bool LexPrefixed(const char16_t* pAfter);
   bool LexErrorLiteral();
