@@ -5,6 +5,7 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <memory>
@@ -302,17 +303,19 @@ struct TFuncNameCache {
   static constexpr int kMaxName = 32;  // longer names are not cached
   static constexpr int kSlots = 512;   // a power of two
   static constexpr int kMaxEntries = kSlots / 2;
-  // The text of a name looked up, with the hash of its upper-cased form.
+  // A name as the cache compares it: its first four units upper-cased, 16 bits each
+  // and zero beyond the name, its length, and its text for the units after those.
   struct TKey {
-    const char16_t* pText = nullptr;
+    std::uint64_t nHead = 0;
     int nLen = 0;
-    unsigned nHash = 0;
+    const char16_t* pText = nullptr;
   };
   struct TEntry {
-    char szName[kMaxName] = {};  // upper case
-    int nLen = 0;                // 0: free
+    std::uint64_t nHead = 0;
+    int nLen = 0;  // 0: free
     unsigned short nFunc = 0;
     const TFunc* pFunc = nullptr;
+    char16_t szTail[kMaxName - 4] = {};  // the units after the head, upper case
   };
 
   TEntry aSlots[kSlots];
@@ -320,32 +323,41 @@ struct TFuncNameCache {
   const TFunc* pHead = nullptr;  // TFunc::m_pFirstFunc when the entries were made
   unsigned nResourceGen = 0;
 
-  static char AsciiUpper(unsigned c) { return static_cast<char>(c - (c - u'a' < 26u ? 32 : 0)); }
+  static unsigned AsciiUpper(unsigned c) { return c - (c - u'a' < 26u ? 32 : 0); }
   // The key of the nLen units at p; false for a name that is empty, too long or not
-  // ASCII.
+  // ASCII. The head is read without a loop: unit i, or the last unit again (then
+  // masked off) where the name is shorter.
   static bool MakeKey(const char16_t* p, int nLen, TKey* pKey) {
     if (nLen <= 0 || nLen > kMaxName) return false;
-    unsigned h = 2166136261u, nUnits = 0;
-    for (int i = 0; i < nLen; i++) {
-      nUnits |= p[i];
-      h = (h ^ static_cast<unsigned char>(AsciiUpper(p[i]))) * 16777619u;
+    const int nLast = nLen - 1;
+    unsigned nUnits = 0;
+    std::uint64_t nHead = 0;
+    for (int i = 0; i < 4; i++) {
+      const unsigned c = p[i < nLast ? i : nLast] & (i <= nLast ? 0xFFFFu : 0u);
+      nUnits |= c;
+      nHead |= static_cast<std::uint64_t>(AsciiUpper(c) & 0xFFFF) << (16 * i);
     }
+    for (int i = 4; i < nLen; i++) nUnits |= p[i];
     if (nUnits >= 0x80) return false;
-    *pKey = TKey{p, nLen, h};
+    *pKey = TKey{nHead, nLen, p};
     return true;
+  }
+  static unsigned Hash(const TKey& key) {
+    return static_cast<unsigned>(
+        ((key.nHead ^ static_cast<std::uint64_t>(key.nLen)) * 0x9E3779B97F4A7C15ull) >> 40);
   }
   bool IsCurrent() const {
     return nCount > 0 && pHead == TFunc::m_pFirstFunc && nResourceGen == GetResourceGeneration();
   }
   static bool Matches(const TEntry& e, const TKey& key) {
-    if (e.nLen != key.nLen) return false;
-    for (int i = 0; i < key.nLen; i++)
-      if (AsciiUpper(key.pText[i]) != e.szName[i]) return false;
+    if (e.nHead != key.nHead || e.nLen != key.nLen) return false;
+    for (int i = 4; i < key.nLen; i++)
+      if (AsciiUpper(key.pText[i]) != e.szTail[i - 4]) return false;
     return true;
   }
   // The slot of the key, or the free slot where it would go.
   TEntry& Probe(const TKey& key) {
-    for (unsigned j = key.nHash & (kSlots - 1);; j = (j + 1) & (kSlots - 1)) {
+    for (unsigned j = Hash(key) & (kSlots - 1);; j = (j + 1) & (kSlots - 1)) {
       TEntry& e = aSlots[j];
       if (e.nLen == 0 || Matches(e, key)) return e;
     }
@@ -370,8 +382,10 @@ struct TFuncNameCache {
     if (e.nLen == 0) {
       if (nCount >= kMaxEntries) return;
       nCount++;
-      for (int i = 0; i < key.nLen; i++) e.szName[i] = AsciiUpper(key.pText[i]);
+      e.nHead = key.nHead;
       e.nLen = key.nLen;
+      for (int i = 4; i < key.nLen; i++)
+        e.szTail[i - 4] = static_cast<char16_t>(AsciiUpper(key.pText[i]));
     }
     e.nFunc = static_cast<unsigned short>(nFunc);
     e.pFunc = pFunc;
