@@ -665,23 +665,36 @@ bool ReadPlainAddress(const char16_t** ppText, int* pFlags, int* pRow, int* pCol
 int CFormulaParser::NextRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
                                    unsigned char* pFlags2, TRange* pRange) {
   // Past an optional "$", a digit can only start a whole-row span and a letter a
-  // whole-column span or an address; anything else starts no reference.
+  // whole-column span or an address; anything else starts no reference. The two
+  // commonest answers, a number's digits and a plain address, are given here; the
+  // rest goes to the full reading.
   const char16_t* p = *ppText;
   const char16_t c = p[*p == u'$' ? 1 : 0];
-  int nFlags1 = 0, nFlags2 = 0, nRow = 0, nCol = 0;
   if (IsDigit(c)) {
-    // A number unless its digits run into ":".
     const char16_t* q = p + (*p == u'$' ? 2 : 1);
     while (IsDigit(*q)) q++;
-    if (*q != u':' || !ReadRowSpan(ppText, &nFlags1, &nFlags2, pRange)) return 0;
-    *pIsRange = 1;
+    if (*q != u':') return 0;
   } else if (!IsAsciiLetter(c)) {
     return 0;
-  } else if (ReadPlainAddress(ppText, &nFlags1, &nRow, &nCol)) {
-    *pIsRange = 0;
-    nFlags2 = nFlags1;
-    pRange->Set(nRow, nCol, nRow, nCol);
-  } else if (ReadColumnSpan(ppText, &nFlags1, &nFlags2, pRange)) {
+  } else {
+    int nFlags = 0, nRow = 0, nCol = 0;
+    if (ReadPlainAddress(ppText, &nFlags, &nRow, &nCol)) {
+      *pIsRange = 0;
+      *pFlags1 = *pFlags2 = static_cast<unsigned char>(nFlags);
+      pRange->Set(nRow, nCol, nRow, nCol);
+      return 1;
+    }
+  }
+  return ReadRangeToken(ppText, pIsRange, pFlags1, pFlags2, pRange);
+}
+
+// NextRangeToken's full reading: a whole-column span, a whole-row span, an address
+// or a range of two.
+int CFormulaParser::ReadRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
+                                   unsigned char* pFlags2, TRange* pRange) {
+  int nFlags1 = 0, nFlags2 = 0;
+  if (ReadColumnSpan(ppText, &nFlags1, &nFlags2, pRange) ||
+      ReadRowSpan(ppText, &nFlags1, &nFlags2, pRange)) {
     *pIsRange = 1;
   } else if (!CvtRange(ppText, pIsRange, &nFlags1, &nFlags2, pRange)) {
     return 0;

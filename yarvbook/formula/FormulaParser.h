@@ -232,6 +232,8 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   void InsertMemToken(int nStart, int nAddedStart);
   void PatchAttrs(const TFrame& frame, int nFuncEnd);
   void PutRef(unsigned char cBase, int nExternSheet);
+  int ReadRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
+                     unsigned char* pFlags2, TRange* pRange);
 
   // ---- output ----
   inline unsigned char* Out(int nBytes);
