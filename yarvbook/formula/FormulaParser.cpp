@@ -1474,7 +1474,19 @@ CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
           cBase = bArea ? tArea : tRef;
         left.nPos = m_nOut;
         left.cNatural = kClassRef;
-        PutRef(cBase, nExtern);
+        if (cBase == tRef && !m_bRelRCIsOffset) {
+          // The commonest reference, one cell of this sheet as it stands: what
+          // PutRef writes for it.
+          unsigned w = static_cast<unsigned>(m_Range.Col1()) & 0xFF;
+          if (!(m_cFlags1 & kAbsCol)) w |= kColRelative;
+          if (!(m_cFlags1 & kAbsRow)) w |= kRowRelative;
+          TPostfixPtr q(Out(5));
+          q.Put(static_cast<unsigned char>(tRef));
+          q.PutRowNr(m_Range.Row1());
+          q.PutColNr(static_cast<int>(w));
+        } else {
+          PutRef(cBase, nExtern);
+        }
         Next(true);
         break;
       }
