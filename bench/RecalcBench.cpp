@@ -370,6 +370,13 @@ void RunWorkload(const std::string& dir, const TJson& workload) {
       pBook->Recalc();
     }
   }
+  // YARVBOOK_BENCH_ORDER_REPEAT=N rebuilds the order N more times, untimed, likewise.
+  if (const char* pszRepeat = std::getenv("YARVBOOK_BENCH_ORDER_REPEAT")) {
+    for (int i = std::atoi(pszRepeat); i > 0; i--) {
+      pBook->InvalidateFormulasOrder(0);
+      pBook->CheckFormulasOrder();
+    }
+  }
 
   // Minimal mode: switching it on asks for one recalculation of everything.
   pBook->SetMinimalRecalc(1);

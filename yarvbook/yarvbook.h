@@ -84,5 +84,6 @@
 #include "recalc/ChangedRangesArray.h"
 #include "recalc/ChangedRegion.h"
 #include "recalc/DependencyGraph.h"
+#include "recalc/PodArray.h"
 #include "recalc/RecalcChain.h"
 #include "recalc/RefIndex.h"

@@ -90,31 +90,20 @@ TEST(A1Text, ColumnAndRowParsers) {
 }
 
 TEST(A1Text, AddressParser) {
+  // clang-format off
   const TParseCase kCases[] = {
-      {u"A1", 1, 0, 2, 0},
-      {u"$A$1", 1, 0, 4, 3},
-      {u"$B7", 1, 6001, 3, 1},
-      {u"b$7", 1, 6001, 3, 2},
+      {u"A1", 1, 0, 2, 0}, {u"$A$1", 1, 0, 4, 3}, {u"$B7", 1, 6001, 3, 1}, {u"b$7", 1, 6001, 3, 2},
       {u"IV65536", 1, 65535255, 7, 0},
       {u"A1:", 1, 0, 2, 0},  // a colon or an operator ends the address
-      {u"A1+B2", 1, 0, 2, 0},
-      {u"A1 ", 1, 0, 2, 0},
-      {u"A1)", 1, 0, 2, 0},
+      {u"A1+B2", 1, 0, 2, 0}, {u"A1 ", 1, 0, 2, 0}, {u"A1)", 1, 0, 2, 0},
       {u"A1_", 0, 0, 0, 0},  // would continue a name
-      {u"A1?", 0, 0, 0, 0},
-      {u"A1\\", 0, 0, 0, 0},
-      {u"A1x", 0, 0, 0, 0},
-      {u"A1\u00e9", 0, 0, 0, 0},
+      {u"A1?", 0, 0, 0, 0}, {u"A1\\", 0, 0, 0, 0}, {u"A1x", 0, 0, 0, 0}, {u"A1\u00e9", 0, 0, 0, 0},
       {u"A1\u0663", 0, 0, 0, 0},  // an Arabic-Indic digit
       {u"A1\u3000", 1, 0, 2, 0},  // ideographic space
-      {u"A65537", 0, 0, 0, 0},
-      {u"IW1", 0, 0, 0, 0},
-      {u"$$A1", 0, 0, 0, 0},
-      {u"A$$1", 0, 0, 0, 0},
-      {u"A", 0, 0, 0, 0},
-      {u"$", 0, 0, 0, 0},
-      {u"", 0, 0, 0, 0},
+      {u"A65537", 0, 0, 0, 0}, {u"IW1", 0, 0, 0, 0}, {u"$$A1", 0, 0, 0, 0}, {u"A$$1", 0, 0, 0, 0},
+      {u"A", 0, 0, 0, 0}, {u"$", 0, 0, 0, 0}, {u"", 0, 0, 0, 0},
   };
+  // clang-format on
   for (const TParseCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszText));
     const char16_t* p = c.pwszText;
@@ -144,22 +133,20 @@ TEST(A1Text, RangeParser) {
     TRange range;
     int nFlags1, nFlags2, nConsumed;
   };
+  // clang-format off
   const TCase kCases[] = {
       {u"A1:B2", 1, 1, TRange(0, 0, 1, 1), 0, 0, 5},
       {u"$B$2:A1", 1, 1, TRange(0, 0, 1, 1), 0, 3, 7},  // the "$" signs follow the swap
       {u"B$3:$A1", 1, 1, TRange(0, 0, 2, 1), 1, 2, 7},  // rows and columns swap separately
-      {u"C3:A1", 1, 1, TRange(0, 0, 2, 2), 0, 0, 5},
-      {u"B2..C3", 1, 1, TRange(1, 1, 2, 2), 0, 0, 6},
+      {u"C3:A1", 1, 1, TRange(0, 0, 2, 2), 0, 0, 5}, {u"B2..C3", 1, 1, TRange(1, 1, 2, 2), 0, 0, 6},
       {u"B2.C3", 1, 1, TRange(1, 1, 2, 2), 0, 0, 5},
       {u"B2:", 1, 0, TRange(1, 1), 0, 0, 2},  // stops at the separator
-      {u"$B2:IW3", 1, 0, TRange(1, 1), 1, 1, 3},
-      {u"B2...C3", 1, 0, TRange(1, 1), 0, 0, 2},
-      {u"B2", 1, 0, TRange(1, 1), 0, 0, 2},
-      {u"B2,C3", 1, 0, TRange(1, 1), 0, 0, 2},
+      {u"$B2:IW3", 1, 0, TRange(1, 1), 1, 1, 3}, {u"B2...C3", 1, 0, TRange(1, 1), 0, 0, 2},
+      {u"B2", 1, 0, TRange(1, 1), 0, 0, 2}, {u"B2,C3", 1, 0, TRange(1, 1), 0, 0, 2},
       {u"A1:IV65536", 1, 1, TRange(0, 0, 65535, 255), 0, 0, 10},
-      {u"B2_:C3", 0, 0, TRange(), 0, 0, 0},
-      {u":C3", 0, 0, TRange(), 0, 0, 0},
+      {u"B2_:C3", 0, 0, TRange(), 0, 0, 0}, {u":C3", 0, 0, TRange(), 0, 0, 0},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszText));
     const char16_t* p = c.pwszText;

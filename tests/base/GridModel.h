@@ -39,12 +39,6 @@ inline TCellSet Meet(const TCellSet& a, const TCellSet& b) {
   return out;
 }
 
-inline long long CellTotal(const TRegion& region) {
-  long long n = 0;
-  for (int i = 0; i < region.Ranges(); ++i) n += region.Range(i).CellCount();
-  return n;
-}
-
 // Random normalised ranges inside an 8 x 8 window whose top-left is (nRow0, nCol0);
 // small enough that overlaps, touching edges and containment all come up often.
 class TRandomRanges {
@@ -76,5 +70,7 @@ class TRandomRanges {
 
 // True when no two ranges of the region share a cell.
 inline bool IsDisjoint(const TRegion& region) {
-  return CellTotal(region) == static_cast<long long>(CellsOf(region).size());
+  long long n = 0;
+  for (int i = 0; i < region.Ranges(); ++i) n += region.Range(i).CellCount();
+  return n == static_cast<long long>(CellsOf(region).size());
 }

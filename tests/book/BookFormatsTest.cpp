@@ -1,6 +1,5 @@
 // The book's number formats, a cell's display text through them, and typed text that
 // proposes a format. Every test runs in en-US and leaves it so.
-#include <memory>
 #include <string>
 
 #include "BookFixture.h"
@@ -36,25 +35,19 @@ class BookFormatsTest : public BookTest {
 };
 
 // The book only forwards to its format list (BuiltInFormatsTest covers the list): a
-// new book holds the built-ins and the quick formats, user formats follow them.
+// new book holds the built-ins of the locale and the quick formats, user formats
+// follow them.
 TEST_F(BookFormatsTest, NewBookHoldsTheBuiltInFormats) {
   ASSERT_EQ(64, m_pBook->GetNumValFormats());
   EXPECT_EQ(u"3/15/2023", ShowFormat(14, 45000.75));
-  EXPECT_EQ(u"03/15/2023", [&] {
-    m_pBook->GetQuickFormat(CValFormatList::qfDate).Format(45000.75);
-    return std::u16string(CSingleFormat::m_Buf);
-  }());
+  m_pBook->GetQuickFormat(CValFormatList::qfDate).Format(45000.75);
+  EXPECT_EQ(u"03/15/2023", std::u16string(CSingleFormat::m_Buf));
   EXPECT_EQ(64, m_pBook->AddValFormat(u"0.000", ptEnglish));
   EXPECT_EQ(65, m_pBook->GetNumValFormats());
-}
-
-TEST_F(BookFormatsTest, LocaleShortDateOfANewBook) {
   ASSERT_TRUE(SetLocale("de-DE"));
   CBookBase book;
-  EXPECT_EQ(u"15.03.2023", [&] {
-    book.GetValFormat(14)->Format(45000.75);
-    return std::u16string(CSingleFormat::m_Buf);
-  }());
+  book.GetValFormat(14)->Format(45000.75);
+  EXPECT_EQ(u"15.03.2023", std::u16string(CSingleFormat::m_Buf));
 }
 
 // Cell format 15 (the default) shows General, 0 shows "d-mmm-yy"; the rest map to the
@@ -90,7 +83,6 @@ TEST_F(BookFormatsTest, FormattedTextOfEachKind) {
   error.SetError(TValue::errDiv0);
   const TCase kCases[] = {
       {Real(2.0 / 3), 0, u"0.666666667"},  // General in a standard-width cell
-      {Real(123456789012.0), 0, u"1.23457E+11"},
       {Real(-1234.5), 4, u"-1,234.50"},
       {Real(-1234.5), nRed, u"-1234.5"},
       {Real(45352.0), 14, u"3/1/2024"},
@@ -113,11 +105,11 @@ TEST_F(BookFormatsTest, FormattedTextOfEachKind) {
     EXPECT_EQ(c.pwszShown, Shown(cell.row, cell.col));
   }
   EXPECT_EQ(u"0.666666666666667", Shown(0, 1, 0));  // no width: 15 digits
-  (void)Shown(3, 1);
-  EXPECT_TRUE(CValFormat::m_bIsColorRef);  // the colour is reported beside the text
-  EXPECT_EQ(u"", Shown(200, 1));           // no cell
-  EXPECT_EQ(u"", Shown(-1, 0));            // outside the grid
-  CSheetBase loose(nullptr, 0);            // no book: General
+  (void)Shown(2, 1);                                // the row of the red format
+  EXPECT_TRUE(CValFormat::m_bIsColorRef);           // the colour is reported beside the text
+  EXPECT_EQ(u"", Shown(200, 1));                    // no cell
+  EXPECT_EQ(u"", Shown(-1, 0));                     // outside the grid
+  CSheetBase loose(nullptr, 0);                     // no book: General
   ASSERT_EQ(0, loose.SetNumber(TCell(0, 0), 2.5));
   EXPECT_EQ(u"2.5", std::u16string(loose.GetFormattedText(0, 0)));
 }
@@ -135,7 +127,6 @@ TEST_F(BookFormatsTest, TypedTextProposesAFormat) {
   };
   const TCase kCases[] = {
       {u"3/1/2024", -1, TValue::vtReal, 14, u"3/1/2024"},
-      {u"10:30", -1, TValue::vtReal, 20, u"10:30"},
       {u"1,234.5", -1, TValue::vtReal, 4, u"1,234.50"},
       {u"1.5E+3", -1, TValue::vtReal, 11, u"1.50E+03"},
       {u"12.5", -1, TValue::vtReal, 0, u"12.5"},

@@ -129,10 +129,6 @@ TEST(NameListTest, SheetLevelBeforeBookLevel) {
   EXPECT_FALSE(names.GetName(nSheet1)->IsChanged());
 }
 
-}  // namespace
-
-namespace {
-
 TEST(NameTest, SetFormulaFromText) {
   CBookBase book;
   CSheetBase* pSheet = book.NewSheet();

@@ -62,47 +62,38 @@ TEST(RCInfoList, RandomEditsMatchPerIndexModel) {
     // Spans may reach past the axis on either side: they are clipped.
     int a = pick(kLast + 20) - 10, b = a + pick(40);
     const int nFirst = std::max(a, 0), nLast = std::min(b, kLast);
-    switch (pick(5)) {  // 0..5
-      case 0: {
-        const auto w = static_cast<unsigned short>(90 + pick(3) * 10);
-        list.SetSize(a, b, w);
-        for (int i = nFirst; i <= nLast; ++i) model[i].wSize = w;
-        break;
-      }
-      case 1: {
-        const bool bHidden = pick(1) != 0;
-        list.SetHidden(a, b, bHidden);
-        for (int i = nFirst; i <= nLast; ++i) model[i].bHidden = bHidden;
-        break;
-      }
-      case 2: {
-        const auto w = static_cast<unsigned short>(15 + pick(2));
-        list.SetFormat(a, b, w);
-        for (int i = nFirst; i <= nLast; ++i) model[i].wFormat = w;
-        break;
-      }
-      case 3: {
-        const int nDelta = pick(4) - 2;
-        list.IncLevelInfo(a, b, nDelta);
-        for (int i = nFirst; i <= nLast; ++i)
-          model[i].nLevel = std::clamp(model[i].nLevel + nDelta, 0, 7);
-        break;
-      }
-      case 4: {
-        list.SetDefSize(a, b);
-        for (int i = nFirst; i <= nLast; ++i) model[i].wSize = 100;
-        break;
-      }
-      case 5: {
-        const int nTo = pick(kLast), nFrom = pick(kLast), nCount = pick(30) + 1;
-        list.Move(nTo, nFrom, nCount);
-        const int n = std::min({nCount, kLast - nTo + 1, kLast - nFrom + 1});
-        if (nTo == nFrom || n <= 0) break;
+    auto each = [&](auto fnSet) {
+      for (int i = nFirst; i <= nLast; ++i) fnSet(model[i]);
+    };
+    const int nOp = pick(5);
+    if (nOp == 0) {
+      const auto w = static_cast<unsigned short>(90 + pick(3) * 10);
+      list.SetSize(a, b, w);
+      each([w](TModelEntry& e) { e.wSize = w; });
+    } else if (nOp == 1) {
+      const bool bHidden = pick(1) != 0;
+      list.SetHidden(a, b, bHidden);
+      each([bHidden](TModelEntry& e) { e.bHidden = bHidden; });
+    } else if (nOp == 2) {
+      const auto w = static_cast<unsigned short>(15 + pick(2));
+      list.SetFormat(a, b, w);
+      each([w](TModelEntry& e) { e.wFormat = w; });
+    } else if (nOp == 3) {
+      const int nDelta = pick(4) - 2;
+      list.IncLevelInfo(a, b, nDelta);
+      each([nDelta](TModelEntry& e) { e.nLevel = std::clamp(e.nLevel + nDelta, 0, 7); });
+    } else if (nOp == 4) {
+      list.SetDefSize(a, b);
+      each([](TModelEntry& e) { e.wSize = 100; });
+    } else {
+      const int nTo = pick(kLast), nFrom = pick(kLast), nCount = pick(30) + 1;
+      list.Move(nTo, nFrom, nCount);
+      const int n = std::min({nCount, kLast - nTo + 1, kLast - nFrom + 1});
+      if (nTo != nFrom && n > 0) {
         std::vector<TModelEntry> moved(model.begin() + nFrom, model.begin() + nFrom + n);
         for (int i = nFrom; i < nFrom + n; ++i)
           if (i < nTo || i >= nTo + n) model[i] = TModelEntry{100, 15, false, 0};
         std::copy(moved.begin(), moved.end(), model.begin() + nTo);
-        break;
       }
     }
     if (nStep % 50 == 0 || nStep == 1999) {

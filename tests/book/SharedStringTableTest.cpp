@@ -11,20 +11,12 @@
 
 namespace {
 
-TEST(SharedStringTableTest, EqualTextsShareOneCountedEntry) {
+// Sharing and counting as such: the model test at the end.
+TEST(SharedStringTableTest, CountedLengthFindsTheEntry) {
   CSharedStringTable table;
-  const char16_t* p1 = table.AddString(u"hello");
-  const char16_t* p2 = table.AddString(u"hello world", 5);  // only the first five
-  EXPECT_EQ(p1, p2);
+  const char16_t* p = table.AddString(u"hello");
+  EXPECT_EQ(p, table.AddString(u"hello world", 5));  // only the first five
   EXPECT_EQ(1, table.GetCount());
-  EXPECT_EQ(1, table.GetRefCount(p1));
-  EXPECT_TRUE(table.IsSSTString(p1));
-
-  table.DecRefSST(p1);
-  EXPECT_TRUE(table.IsSSTString(p1));  // still alive after the first release
-  EXPECT_EQ(0, table.GetRefCount(p1));
-  table.DecRefSST(p1);
-  EXPECT_EQ(0, table.GetCount());  // the second release frees it
 }
 
 TEST(SharedStringTableTest, EmptyTextIsNeverCounted) {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <span>
 #include <string>
 
 #include "book/BookBase.h"
@@ -25,6 +26,18 @@ inline std::string Narrow(const std::u16string& s) {
   for (char16_t c : s) out += c < 128 ? static_cast<char>(c) : '?';
   return out;
 }
+
+// One row of a table of formulas and the text of their values.
+struct TEvalCase {
+  const char* pszFormula;
+  const char* pszExpected;
+};
+
+// A function's argument counts for ExpectArity.
+struct TArity {
+  const char* pszName;
+  int nMin, nMax;
+};
 
 class EvalTest : public ::testing::Test {
  protected:
@@ -85,15 +98,35 @@ class EvalTest : public ::testing::Test {
     EXPECT_TRUE(m_pSheet->GetNumber(99, 25, r)) << pszFormula;
     return r;
   }
+  void ExpectAll(std::span<const TEvalCase> cases, const char* pszAt = "Z100") {
+    for (const TEvalCase& c : cases) {
+      SCOPED_TRACE(c.pszFormula);
+      EXPECT_EQ(c.pszExpected, Eval(c.pszFormula, pszAt));
+    }
+  }
+  // The parser refuses one argument too few (4) and one too many (114); at the minimum
+  // and the maximum the call parses and runs a body (no #NAME?).
+  void ExpectArity(std::span<const TArity> rows) {
+    for (const TArity& a : rows) {
+      SCOPED_TRACE(a.pszName);
+      if (a.nMin > 0) {
+        EXPECT_EQ(4, SetFormula("Z100", Call(a.pszName, a.nMin - 1).c_str()));
+      }
+      EXPECT_EQ(114, SetFormula("Z100", Call(a.pszName, a.nMax + 1).c_str()));
+      for (int nArgs : {a.nMin, a.nMax}) {
+        const std::string sValue = Eval(Call(a.pszName, nArgs).c_str());
+        EXPECT_TRUE(sValue != "#NAME?" && sValue.rfind("parse error", 0) != 0) << sValue;
+      }
+    }
+  }
+  static std::string Call(const char* pszName, int nArgs) {
+    std::string s = std::string("=") + pszName + "(";
+    for (int i = 0; i < nArgs; ++i) s += i == 0 ? "1" : ",1";
+    return s + ")";
+  }
 
   std::unique_ptr<CBookBase> m_pBook;
   CSheetBase* m_pSheet = nullptr;
   CSheetBase* m_pSheet2 = nullptr;
   CSheetBase* m_pSheet3 = nullptr;
-};
-
-// One row of a table of formulas and the text of their values.
-struct TEvalCase {
-  const char* pszFormula;
-  const char* pszExpected;
 };

@@ -2,7 +2,6 @@
 // operators' evaluation steps on values.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <string>
 
 #include "eval/Op.h"
@@ -105,109 +104,60 @@ TEST_F(OpTest, HostTextsReplaceTheEnglishOnes) {
   EXPECT_EQ(std::u16string(u"<>"), buf);
 }
 
-// Operands: a number, a text, TRUE, an error, or Empty.
-struct TOperand {
-  char cKind;  // 'n' number, 't' text, 'b' logical, 'e' error, '0' empty
-  double r;
-  const char16_t* pwsz;
-};
-
-void Load(TValue& val, const TOperand& op) {
-  switch (op.cKind) {
-    case 'n':
-      val.SetValue(op.r);
-      break;
-    case 't':
-      val.SetValue(op.pwsz);
-      break;
-    case 'b':
-      val.SetLogical(op.r != 0);
-      break;
-    case 'e':
-      val.SetError(static_cast<TValue::TError>(static_cast<int>(op.r)));
-      break;
-    default:
-      val.Clear();
-      break;
+// An operand as typed: a leading quote makes a text, "" is Empty, anything else is read as
+// a number, logical or error.
+TValue Operand(const char16_t* pwsz) {
+  TValue val;
+  if (pwsz[0] == u'"') {
+    val.SetValue(pwsz + 1);
+  } else if (pwsz[0] != 0) {
+    EXPECT_TRUE(val.StringToReal(pwsz));
   }
+  return val;
 }
 
-struct TBinaryCase {
+struct TEvalOpCase {
   unsigned char bToken;
-  TOperand left, right;
-  char cKind;  // expected: 'n' number, 'b' logical, 'e' error, 't' text
-  double r;
-  const char16_t* pwsz;
+  const char16_t* pwszLeft;
+  const char16_t* pwszRight;  // nullptr: a unary operator
+  TValue::TValType vt;
+  const char16_t* pwszResult;
 };
-
-constexpr TOperand N(double r) { return {'n', r, nullptr}; }
-constexpr TOperand T(const char16_t* pwsz) { return {'t', 0, pwsz}; }
-constexpr TOperand E(TValue::TError err) { return {'e', static_cast<double>(err), nullptr}; }
-constexpr TOperand kEmpty = {'0', 0, nullptr};
 
 // The operators one by one on plain values; EvaluatorTest covers the conversions and
 // error order through formulas in cells.
-const TBinaryCase kBinaryCases[] = {
-    {0x06, N(1), N(4), 'n', 0.25, nullptr},
-    {0x03, T(u"2"), N(1), 'n', 3, nullptr},  // numeric text converts
-    {0x04, N(1), E(TValue::errRef), 'e', TValue::errRef, nullptr},
-    {0x07, N(10), N(400), 'e', TValue::errNum, nullptr},  // overflow
-    {0x05, kEmpty, N(5), 'n', 0, nullptr},
-    {0x09, N(1), T(u"1"), 'b', 1, nullptr},  // numbers order before text
-    {0x0E, N(1), N(2), 'b', 1, nullptr},
-    {0x0C, N(2), N(2), 'b', 1, nullptr},
-    {0x0D, N(2), N(2), 'b', 0, nullptr},
-    {0x0A, E(TValue::errNum), N(2), 'e', TValue::errNum, nullptr},
-    {0x08, T(u"ab"), N(1), 't', 0, u"ab1"},
+const TEvalOpCase kEvalCases[] = {
+    {0x06, u"1", u"4", TValue::vtReal, u"0.25"},
+    {0x03, u"\"2", u"1", TValue::vtReal, u"3"},  // numeric text converts
+    {0x04, u"1", u"#REF!", TValue::vtError, u"#REF!"},
+    {0x07, u"10", u"400", TValue::vtError, u"#NUM!"},  // overflow
+    {0x05, u"", u"5", TValue::vtReal, u"0"},
+    {0x09, u"1", u"\"1", TValue::vtLogical, u"TRUE"},  // numbers order before text
+    {0x0E, u"1", u"2", TValue::vtLogical, u"TRUE"},
+    {0x0C, u"2", u"2", TValue::vtLogical, u"TRUE"},
+    {0x0D, u"2", u"2", TValue::vtLogical, u"FALSE"},
+    {0x0A, u"#NUM!", u"2", TValue::vtError, u"#NUM!"},
+    {0x08, u"\"ab", u"1", TValue::vtText, u"ab1"},
+    {0x14, u"50", nullptr, TValue::vtReal, u"0.5"},
+    {0x13, u"\"x", nullptr, TValue::vtError, u"#VALUE!"},
+    {0x13, u"TRUE", nullptr, TValue::vtReal, u"-1"},
 };
 
-TEST_F(OpTest, BinaryOperatorsOnValues) {
-  for (const TBinaryCase& c : kBinaryCases) {
-    SCOPED_TRACE(testing::Message() << "case " << (&c - kBinaryCases));
-    const auto* pOp = dynamic_cast<const TOpBinary*>(TOp::GetOp(c.bToken));
-    ASSERT_NE(nullptr, pOp);
-    TValue args[2];
-    Load(args[0], c.left);
-    Load(args[1], c.right);
-    pOp->Evaluate(args);
-    EXPECT_TRUE(args[1].IsEmpty());
-    switch (c.cKind) {
-      case 'n': {
-        ASSERT_TRUE(args[0].IsReal());
-        double r;
-        args[0].GetValue(r);
-        EXPECT_DOUBLE_EQ(c.r, r);
-        break;
-      }
-      case 'b':
-        ASSERT_TRUE(args[0].IsLogical());
-        EXPECT_EQ(c.r != 0, args[0].GetLogical() != 0);
-        break;
-      case 't':
-        ASSERT_TRUE(args[0].IsText());
-        EXPECT_EQ(std::u16string(c.pwsz), args[0].TextPtr());
-        break;
-      default:
-        EXPECT_EQ(static_cast<int>(c.r), args[0].GetError());
-        break;
+TEST_F(OpTest, OperatorsOnValues) {
+  for (const TEvalOpCase& c : kEvalCases) {
+    SCOPED_TRACE(testing::Message() << "case " << (&c - kEvalCases));
+    TValue args[2] = {Operand(c.pwszLeft), Operand(c.pwszRight ? c.pwszRight : u"")};
+    if (c.pwszRight != nullptr) {
+      static_cast<const TOpBinary*>(TOp::GetOp(c.bToken))->Evaluate(args);
+      EXPECT_TRUE(args[1].IsEmpty());
+    } else {
+      static_cast<const TOpUnary*>(TOp::GetOp(c.bToken))->Evaluate(args);
     }
+    EXPECT_EQ(c.vt, args[0].GetValType());
+    std::u16string str;
+    args[0].GetValue(str);
+    EXPECT_EQ(std::u16string(c.pwszResult), str);
   }
-}
-
-TEST_F(OpTest, UnaryOperatorsOnValues) {
-  TValue val;
-  val.SetValue(50.0);
-  static_cast<const TOpUnary*>(TOp::GetOp(0x14))->Evaluate(&val);
-  double r;
-  val.GetValue(r);
-  EXPECT_DOUBLE_EQ(0.5, r);
-  val.SetValue(u"x");
-  static_cast<const TOpUnary*>(TOp::GetOp(0x13))->Evaluate(&val);
-  EXPECT_EQ(TValue::errValue, val.GetError());
-  val.SetLogical(1);
-  static_cast<const TOpUnary*>(TOp::GetOp(0x13))->Evaluate(&val);
-  val.GetValue(r);
-  EXPECT_DOUBLE_EQ(-1, r);
 }
 
 }  // namespace

@@ -100,7 +100,7 @@ TEST(SupBookTest, OutputBufferLimits) {
   EXPECT_EQ(std::u16string(u"C:\\data"), buf);
 }
 
-TEST(SupBookTest, SameBookIgnoringCaseAndKinds) {
+TEST(SupBookTest, TitlesAndIdentity) {
   const CSupBook a(u"C:\\Data\\Book.xls");
   const CSupBook b(u"c:\\data\\book.XLS");
   const CSupBook c(u"C:\\data\\other.xls");
@@ -113,15 +113,11 @@ TEST(SupBookTest, SameBookIgnoringCaseAndKinds) {
   EXPECT_FALSE(a.IsOpened());
   EXPECT_TRUE(self.IsOpened());
   EXPECT_TRUE(self.IsSelf());
-}
-
-TEST(SupBookTest, Titles) {
   CSupBook book(u"C:\\data\\Book.xls");
   EXPECT_EQ(std::u16string(u"Book.xls"), book.GetBookTitle());
   book.SetLongTitle(u"Book (old copy)");
   EXPECT_EQ(std::u16string(u"Book (old copy)"), book.GetTitle());
-  CSupBook bare(u"Bare.xls");
-  EXPECT_EQ(std::u16string(u"Bare.xls"), bare.GetBookTitle());
+  EXPECT_EQ(std::u16string(u"Bare.xls"), CSupBook(u"Bare.xls").GetBookTitle());
 }
 
 TEST(SupBookTest, SheetsAndNames) {
@@ -191,10 +187,6 @@ TEST(ExternTablesTest, EntriesAreSharedNotDuplicated) {
   EXPECT_EQ(0, tables.GetNumSupBooks());
   EXPECT_EQ(0, tables.GetNumExternSheets());
 }
-
-}  // namespace
-
-namespace {
 
 TEST(SupBookTest, CheckSheetIndexMapsThroughTheDataBook) {
   CBookBase data;

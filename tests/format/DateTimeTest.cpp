@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <string>
 
@@ -52,16 +51,6 @@ std::string Ymd(int y, int m, int d) {
 
 double TimeFraction(int h, int mi, int s, int ms) {
   return (((h * 60.0 + mi) * 60 + s) * 1000 + ms) / 86400000.0;
-}
-
-void PinClock(int nYear, int nMonth, int nDay, int nHour = 0, int nMinute = 0) {
-  SYSTEMTIME now = {};
-  now.wYear = static_cast<unsigned short>(nYear);
-  now.wMonth = static_cast<unsigned short>(nMonth);
-  now.wDay = static_cast<unsigned short>(nDay);
-  now.wHour = static_cast<unsigned short>(nHour);
-  now.wMinute = static_cast<unsigned short>(nMinute);
-  SetClockOverride(&now);
 }
 
 void SetYmd(CDateTime& dt, int nYear, int nMonth, int nDay) {
@@ -121,7 +110,6 @@ constexpr TSerialCase kSerialCases[] = {
     {0, 1900, 1, 0, 7},  // 0 January 1900, a Saturday
     {60, 1900, 2, 29, 4},  // the day that 1900 did not have
     {2958465, 9999, 12, 31, 6},  // the last valid day
-    {0.999999995, 1900, 1, 1, 1},  // within half a millisecond of the next day
 };
 // clang-format on
 
@@ -132,7 +120,6 @@ TEST_F(DateTimeTest, SerialEdgesReadAsCalendarFields) {
     ASSERT_EQ(1, dt.NumberToDateTime(c.rSerial));
     ExpectDate(dt, c.nYear, c.nMonth, c.nDay);
     EXPECT_EQ(c.nWeekday, dt.GetWeekday());
-    if (c.rSerial == 0.999999995) ExpectTime(dt, 0, 0, 0, 0);
   }
 }
 
@@ -169,11 +156,9 @@ TEST_F(DateTimeTest, FieldsToSerialNormalizeAndRefuse) {
       {2001, 3, 0, 1, CivilSerial(2001, 2, 28)},  // day 0 is the previous month's end
       {2001, 2, 31, 1, CivilSerial(2001, 3, 3)},  // days count on
       {1900, 1, 0, 1, 0},  // serial 0
-      {9999, 12, 31, 1, 2958465},
-      {9999, 12, 32, 0, 0},  // past the calendar
+      {9999, 12, 31, 1, 2958465}, {9999, 12, 32, 0, 0},  // past the calendar
       {1900, 0, 1, 0, 0},  // moves into 1899
-      {1899, 12, 31, 0, 0}, {10000, 1, 1, 0, 0},
-      {9999, 13, 1, 0, 0},  // moves into 10000
+      {1899, 12, 31, 0, 0}, {10000, 1, 1, 0, 0}, {9999, 13, 1, 0, 0},  // moves into 10000
       {1900, 1, -1, 0, 0},  // before serial 0
   };
   // clang-format on
@@ -236,9 +221,7 @@ TEST_F(DateTimeTest, CalendarRules) {
   EXPECT_TRUE(CDateTime::IsLeapCentury(19));
   EXPECT_TRUE(CDateTime::IsLeapCentury(20));
   EXPECT_FALSE(CDateTime::IsLeapCentury(21));
-  EXPECT_EQ(29, CDateTime::GetDaysInMonth(2, 1900));
-  EXPECT_EQ(28, CDateTime::GetDaysInMonth(2, 2100));
-  EXPECT_EQ(0, CDateTime::GetDaysInMonth(13, 2000));
+  EXPECT_EQ(0, CDateTime::GetDaysInMonth(13, 2000));  // the other months: the calendar test
   struct {
     int nIn, nOut;
   } const kFixCases[] = {{0, 2000},  {29, 2029},   {30, 1930}, {99, 1999},
@@ -254,6 +237,7 @@ TEST_F(DateTimeTest, AddDateKeepsWithinTargetMonth) {
   } const kCases[] = {
       {2001, 1, 31, 0, 1, 0, 1, 2001, 2, 28},  // 0 March, the end of February
       {2000, 1, 31, 0, 1, 0, 1, 2000, 2, 29},  {2000, 2, 29, 1, 0, 0, 1, 2001, 2, 28},
+      {2004, 2, 29, 4, 0, 0, 1, 2008, 2, 29},  {2008, 2, 29, 0, -24, 0, 1, 2006, 2, 28},
       {2001, 3, 31, 0, -1, 0, 1, 2001, 2, 28}, {2001, 1, 15, 0, 13, 0, 1, 2002, 2, 15},
       {2001, 12, 31, 0, 1, 0, 1, 2002, 1, 31},  // crossing the year
       {2001, 1, 31, 0, 1, 1, 1, 2001, 3, 4},    // a day amount carries through the serial
@@ -273,13 +257,6 @@ TEST_F(DateTimeTest, AddDateKeepsWithinTargetMonth) {
     ExpectDate(dt, c.nOutYear, c.nOutMonth, c.nOutDay);
     EXPECT_DOUBLE_EQ(CivilSerial(c.nOutYear, c.nOutMonth, c.nOutDay) + 0.25, dt.GetDateTime());
   }
-  CDateTime dt(CivilSerial(2004, 2, 29));
-  ASSERT_EQ(1, dt.AddYear(4));
-  ExpectDate(dt, 2008, 2, 29);
-  ASSERT_EQ(1, dt.AddMonth(-24));
-  ExpectDate(dt, 2006, 2, 28);
-  ASSERT_EQ(1, dt.AddDay(1));
-  ExpectDate(dt, 2006, 3, 1);
 }
 
 // Carries of the rounded milliseconds, up to the year.
@@ -317,22 +294,9 @@ TEST_F(DateTimeTest, RoundSecondsCarries) {
     dt.RoundSeconds(c.nDecimals);
     ExpectDate(dt, c.nOutYear, c.nOutMonth, c.nOutDay);
     ExpectTime(dt, c.nOutHour, c.nOutMinute, c.nOutSecond, c.nOutMillisecond);
-    const int nHour12 = c.nOutHour % 12 == 0 ? 12 : c.nOutHour % 12;
-    EXPECT_EQ(nHour12, dt.GetHour12());
+    EXPECT_EQ(c.nOutHour % 12 == 0 ? 12 : c.nOutHour % 12, dt.GetHour12());
     EXPECT_EQ(WeekdayOf(c.nOutYear, c.nOutMonth, c.nOutDay), dt.GetWeekday());
   }
-}
-
-TEST_F(DateTimeTest, CopyTakesFieldsAndSerial) {
-  const CDateTime source(36526.75);
-  CDateTime target;
-  const CZelObject* pSource = &source;
-  target.Copy(pSource);
-  ExpectDate(target, 2000, 1, 1);
-  ExpectTime(target, 18, 0, 0, 0);
-  EXPECT_EQ(6, target.GetHour12());
-  EXPECT_EQ(7, target.GetWeekday());
-  EXPECT_EQ(36526.75, target.GetDateTime());
 }
 
 TEST_F(DateTimeTest, TotalsCountFromSerialZero) {
@@ -436,11 +400,13 @@ TEST_F(DateTimeTest, JapaneseEras) {
 }
 
 TEST_F(DateTimeTest, CurrentDateTimeFromClock) {
-  PinClock(2021, 6, 15, 18, 30);
+  SYSTEMTIME now = {2021, 6, 0, 15, 18, 30, 0, 0};
+  SetClockOverride(&now);
   EXPECT_DOUBLE_EQ(CivilSerial(2021, 6, 15) + TimeFraction(18, 30, 0, 0),
                    CDateTime::GetCurrentDateTime());
   EXPECT_EQ(CivilSerial(2021, 6, 15), CDateTime::GetCurrentDate());
-  PinClock(1899, 6, 15, 18, 30);
+  now.wYear = 1899;
+  SetClockOverride(&now);
   EXPECT_EQ(0, CDateTime::GetCurrentDateTime());
 }
 
@@ -456,10 +422,11 @@ struct TTextCase {
 };
 // clang-format on
 
-constexpr int kPinnedYear = 2021;
+constexpr unsigned short kPinnedYear = 2021;
 
 void CheckTextCases(const TTextCase* pCases, size_t nCount) {
-  PinClock(kPinnedYear, 6, 15);
+  const SYSTEMTIME now = {kPinnedYear, 6, 0, 15, 0, 0, 0, 0};
+  SetClockOverride(&now);
   for (size_t i = 0; i < nCount; ++i) {
     const TTextCase& c = pCases[i];
     SCOPED_TRACE(testing::Message() << "pattern " << c.nPattern << " case " << i);
@@ -525,15 +492,11 @@ constexpr TTextCase kGermanCases[] = {
     {0, u"2.1.2000", 2000, 1, 2, 0, 0, 0, 0, 14, u"30.2.2000"},
     {0, u"31.12.99.", 1999, 12, 31, 0, 0, 0, 0, 14, u"31.12.99.."},
     {1, u"2. Dez. 2000", 2000, 12, 2, 0, 0, 0, 0, 15, u"2. Dex. 2000"},
-    {1, u"2-Jan-2000", 2000, 1, 2, 0, 0, 0, 0, 15, u"2-Jan-1899"},
     {2, u"2. Dezember 2000", 2000, 12, 2, 0, 0, 0, 0, 15, u"2. Dezembers 2000"},
-    {3, u"2-Okt", 0, 10, 2, 0, 0, 0, 0, 16, u"31-Nov"},
     {4, u"2. Oktober", 0, 10, 2, 0, 0, 0, 0, 16, u"32. Oktober"},
     {5, u"Oktober 2000", 2000, 10, 1, 0, 0, 0, 0, 17, u"Oktober-1899"},
-    {6, u"Okt 2000", 2000, 10, 1, 0, 0, 0, 0, 17, u"Okt 10000"},
     {10, u"13:30:15,25", 0, 0, 0, 13, 30, 15, 250, 21, u"13:30:15,1234"},
     {11, u"2.1.2000 13:30", 2000, 1, 2, 13, 30, 0, 0, 22, u"2.13.2000 13:30"},
-    {13, u"2.1.2000 1:30 PM", 2000, 1, 2, 13, 30, 0, 0, 22, u"2.1.2000 0:30 AM"},
     {15, u"Januar 2, 2000", 2000, 1, 2, 0, 0, 0, 0, 15, u"Januar 2,, 2000"},
     {17, u"2.1", 0, 1, 2, 0, 0, 0, 0, 58, u"30.2"},
     {23, u"75:30,5", 0, 0, 0, 0, 75, 30, 500, 47, u"75:60,5"},
@@ -552,12 +515,9 @@ constexpr TTextCase kKoreanCases[] = {
     {0, u"2000년 1월 2일", 2000, 1, 2, 0, 0, 0, 0, 14, u"2000년 1월 2일일"},
     {7, u"오후 1:30", 0, 0, 0, 13, 30, 0, 0, 18, u"오후 13:30"},
     {7, u"1:30 PM", 0, 0, 0, 13, 30, 0, 0, 18, u"1:30 오후 PM"},
-    {8, u"오전 1:30:15", 0, 0, 0, 1, 30, 15, 0, 19, u"오전 1:30:60"},
     {10, u"13시 30분 15초", 0, 0, 0, 13, 30, 15, 0, 21, u"13시 30분 15초초"},
     {11, u"2000-1-2 13:30", 2000, 1, 2, 13, 30, 0, 0, 22, u"2000-1-2 13:3o"},
-    {12, u"2000-1-2 13:30:15", 2000, 1, 2, 13, 30, 15, 0, 22, u"2000-1-2 24:00:00"},
     {13, u"2000-1-2 오후 1:30", 2000, 1, 2, 13, 30, 0, 0, 22, u"2000-1-2 오전 0:30"},
-    {14, u"2000-1-2 오후 1:30:15", 2000, 1, 2, 13, 30, 15, 0, 22, u"2000-1-2 오후 1:30:15 PM"},
     {17, u"1/2", 0, 1, 2, 0, 0, 0, 0, 58, u"2/30"},
     {18, u"오후 3", 0, 0, 0, 15, 0, 0, 0, 18, u"오후 13"},
     {21, u"1:75", 0, 0, 0, 1, 75, 0, 0, 0, u"오후 1:75"},

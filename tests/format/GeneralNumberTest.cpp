@@ -23,26 +23,20 @@ TEST(GeneralNumberTest, FixedAndExponentNotation) {
   };
   // Expected texts as a spreadsheet shows value text (hand-checked against the
   // 15-digit rule).
+  // clang-format off
   constexpr TCase kCases[] = {
-      {0, u"0"},
-      {0.1 + 0.2, u"0.3"},
-      {1.0 / 3, u"0.333333333333333"},
-      {-2.5, u"-2.5"},
-      {100, u"100"},
-      {999999999999999.0, u"999999999999999"},  // 15 digits: still fixed
-      {1e15, u"1E+15"},                         // exponent 15: switches
-      {9999999999999999.0, u"1E+16"},           // rounds up to 16 digits
-      {1e20, u"1E+20"},
-      {1.5e300, u"1.5E+300"},
-      {0.0001, u"0.0001"},
-      {0.00012345, u"0.00012345"},
-      {1e-9, u"0.000000001"},   // exponent -9: still fixed
+      {0, u"0"}, {0.1 + 0.2, u"0.3"}, {1.0 / 3, u"0.333333333333333"}, {-2.5, u"-2.5"},
+      {100, u"100"}, {999999999999999.0, u"999999999999999"},  // 15 digits: still fixed
+      {1e15, u"1E+15"},  // exponent 15: switches
+      {9999999999999999.0, u"1E+16"},  // rounds up to 16 digits
+      {1e20, u"1E+20"}, {1.5e300, u"1.5E+300"}, {0.0001, u"0.0001"}, {0.00012345, u"0.00012345"},
+      {1e-9, u"0.000000001"},  // exponent -9: still fixed
       {9.99e-10, u"9.99E-10"},  // exponent -10: switches
-      {-1.23456789012345e-9, u"-0.00000000123456789012345"},
-      {4.9e-324, u"4.94065645841247E-324"},
+      {-1.23456789012345e-9, u"-0.00000000123456789012345"}, {4.9e-324, u"4.94065645841247E-324"},
       {123456.7890123456789, u"123456.789012346"},
       {-0.000123456789012345678, u"-0.000123456789012346"},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     EXPECT_EQ(c.pwszText, General(c.r)) << c.r;
   }
@@ -97,27 +91,24 @@ TEST(GeneralNumberTest, WidthLimitedCellText) {
     int nWidth;
     const char* pszText;
   };
+  // clang-format off
   constexpr TCase kCases[] = {
-      {12345678901.0, 11, "12345678901"},   // 11 integer digits: fixed
+      {12345678901.0, 11, "12345678901"},  // 11 integer digits: fixed
       {123456789012.0, 11, "1.23457E+11"},  // 12: exponent, 6 digits
-      {-1234567890.0, 11, "-1234567890"},   // the sign takes one character
-      {-12345678901.0, 11, "-1.2346E+10"},
-      {0.0001234, 11, "0.0001234"},   // exponent -4: fixed
+      {-1234567890.0, 11, "-1234567890"},  // the sign takes one character
+      {-12345678901.0, 11, "-1.2346E+10"}, {0.0001234, 11, "0.0001234"},  // exponent -4: fixed
       {0.00001234, 11, "1.234E-05"},  // exponent -5: exponent notation
-      {2.0 / 3, 11, "0.666666667"},
-      {-2.0 / 3, 11, "-0.66666667"},
+      {2.0 / 3, 11, "0.666666667"}, {-2.0 / 3, 11, "-0.66666667"},
       {1234.56789012345, 11, "1234.56789"},  // six decimals, the trailing zero dropped
-      {99999999999.5, 11, "1E+11"},          // rounding carries past the room
+      {99999999999.5, 11, "1E+11"},  // rounding carries past the room
       {0.99999999999, 11, "1"},
       {1.00000000049999999, 11, "1.000000001"},  // rounds the 15 digits, as typed
-      {1.23456789e-100, 11, "1.2346E-100"},      // a third exponent digit costs a digit
-      {1.5e300, 11, "1.5E+300"},
-      {0, 11, "0"},
-      {-1e-300, 11, "-1E-300"},
-      {123456, 5, "1E+05"},
+      {1.23456789e-100, 11, "1.2346E-100"},  // a third exponent digit costs a digit
+      {1.5e300, 11, "1.5E+300"}, {0, 11, "0"}, {-1e-300, 11, "-1E-300"}, {123456, 5, "1E+05"},
       {2.0 / 3, 0, "0.666666666666667"},  // no width: 15 digits
       {1e15, 0, "1E+15"},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(c.pszText);
     EXPECT_EQ(c.pszText, Fit(c.r, c.nWidth));

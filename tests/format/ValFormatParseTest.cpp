@@ -141,32 +141,34 @@ struct TFailureCase {
   int nPos;
 };
 
+// clang-format off
 const TFailureCase kFailureCases[] = {
-    {u"@;0", 1},                               // text must be the last section
-    {u"0;0;0;0", 7},                           // a fourth section that is neither text nor General
-    {u"0;0;0;@;0", 7},                         // a fifth section (the ';' after a text section)
-    {u"[Color57]0", 6},                        // colour numbers run 1..56
+    {u"@;0", 1},  // text must be the last section
+    {u"0;0;0;0", 7},  // a fourth section that is neither text nor General
+    {u"0;0;0;@;0", 7},  // a fifth section (the ';' after a text section)
+    {u"[Color57]0", 6},  // colour numbers run 1..56
     {u"[Color0]0", 6},  {u"[Red][Blue]0", 5},  // a second colour
-    {u"[>1][<5]0", 4},                         // a second condition
-    {u"[>]0", 2},                              // a condition needs a number
-    {u"[Purple]0", 0},                         // unknown bracket content
-    {u"[h", 2},                                // missing ']'
-    {u"# ?/", 4},                              // a fraction without a denominator
-    {u"# ?/16?", 6},                           // a placeholder after a fixed denominator
-    {u"# ?/?0", 5},                            // '0' after a '?' in the denominator
-    {u"0.0E0", 4},                             // 'E' without '+' or '-'
-    {u"\"abc", 0},                             // unclosed quote
-    {u"0\\", 1},                               // trailing backslash
-    {u"0*", 1},                                // trailing fill
-    {u"*-0*+", 3},                             // a second fill
-    {u"[>0]@", 4},                             // '@' with a condition
-    {u"0 General", 2},                         // General after other codes
-    {u"0 d", 2},                               // a date code in a numeric section
-    {u"yyyy 0", 5},                            // a placeholder in a date section
-    {u"0 h", 2},                               // a time code in a numeric section
-    {u"[$-G]0", 3},                            // a locale id that is not hexadecimal
-    {u"@ 0", 2},                               // a placeholder in a text section
+    {u"[>1][<5]0", 4},  // a second condition
+    {u"[>]0", 2},  // a condition needs a number
+    {u"[Purple]0", 0},  // unknown bracket content
+    {u"[h", 2},  // missing ']'
+    {u"# ?/", 4},  // a fraction without a denominator
+    {u"# ?/16?", 6},  // a placeholder after a fixed denominator
+    {u"# ?/?0", 5},  // '0' after a '?' in the denominator
+    {u"0.0E0", 4},  // 'E' without '+' or '-'
+    {u"\"abc", 0},  // unclosed quote
+    {u"0\\", 1},  // trailing backslash
+    {u"0*", 1},  // trailing fill
+    {u"*-0*+", 3},  // a second fill
+    {u"[>0]@", 4},  // '@' with a condition
+    {u"0 General", 2},  // General after other codes
+    {u"0 d", 2},  // a date code in a numeric section
+    {u"yyyy 0", 5},  // a placeholder in a date section
+    {u"0 h", 2},  // a time code in a numeric section
+    {u"[$-G]0", 3},  // a locale id that is not hexadecimal
+    {u"@ 0", 2},  // a placeholder in a text section
 };
+// clang-format on
 
 TEST(ValFormatParse, FailuresReportTheirPosition) {
   for (const TFailureCase& c : kFailureCases) {

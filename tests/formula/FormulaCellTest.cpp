@@ -79,6 +79,17 @@ TEST(FormulaCell, RecalcValueMarksOnlyVisibleChanges) {
   cell.SetRecalcValue(val);
   EXPECT_TRUE(cell.HasState(CFormulaCell::stTypeChanged));
   EXPECT_TRUE(val.IsEmpty());  // the source is moved
+  // The number-only store marks the same way.
+  cell.SetState(CFormulaCell::stValueChanged | CFormulaCell::stTypeChanged, false);
+  cell.SetRecalcNumber(5.0);  // text to number
+  EXPECT_TRUE(cell.HasState(CFormulaCell::stTypeChanged));
+  EXPECT_EQ(5.0, cell.GetReal());
+  cell.SetState(CFormulaCell::stValueChanged | CFormulaCell::stTypeChanged, false);
+  cell.SetRecalcNumber(5.0);
+  EXPECT_FALSE(cell.HasState(CFormulaCell::stValueChanged));
+  cell.SetRecalcNumber(6.0);
+  EXPECT_TRUE(cell.HasState(CFormulaCell::stValueChanged));
+  EXPECT_FALSE(cell.HasState(CFormulaCell::stTypeChanged));
   CFormulaCell hidden;
   val.SetValue(1.0);
   hidden.SetRecalcValue(val);

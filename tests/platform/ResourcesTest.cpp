@@ -20,21 +20,15 @@ struct TResourceCase {
 };
 
 // Texts that other parts of the engine parse: they must be exactly these.
+// clang-format off
 constexpr TResourceCase kEnglish[] = {
-    {IDS_OP_RANGE, u":"},
-    {IDS_OP_INTERSECTION, u" "},
-    {IDS_OP_NE, u"<>"},
-    {IDS_OP_CONCAT, u"&"},
-    {IDS_CRIT_NOT_CONTAINS, u"does not contain"},
-    {IDS_NEW_SHEET_NAME, u"Sheet%d"},
-    {IdsForFunction(4), u"SUM"},
-    {IDS_FN_SUMGENERAL, u"SUMGENERAL"},
-    {IDS_FN_CONVERTK, u"CONVERTK"},
-    {IDS_MONTH_NAME_BASE + 11, u"December"},
-    {IDS_DAY_ABBREV_BASE, u"Sun"},
-    {IDS_FMT_GENERAL, u"General"},
-    {IDS_FMT_COLOR_BASE + 8, u"Color"},
+    {IDS_OP_RANGE, u":"}, {IDS_OP_INTERSECTION, u" "}, {IDS_OP_NE, u"<>"}, {IDS_OP_CONCAT, u"&"},
+    {IDS_CRIT_NOT_CONTAINS, u"does not contain"}, {IDS_NEW_SHEET_NAME, u"Sheet%d"},
+    {IdsForFunction(4), u"SUM"}, {IDS_FN_SUMGENERAL, u"SUMGENERAL"}, {IDS_FN_CONVERTK, u"CONVERTK"},
+    {IDS_MONTH_NAME_BASE + 11, u"December"}, {IDS_DAY_ABBREV_BASE, u"Sun"},
+    {IDS_FMT_GENERAL, u"General"}, {IDS_FMT_COLOR_BASE + 8, u"Color"},
 };
+// clang-format on
 
 TEST(Resources, EnglishTable) {
   for (const TResourceCase& c : kEnglish) {

@@ -241,6 +241,28 @@ TEST_F(RecalcTest, MinimalRecalcRecomputesOnlyDependants) {
   EXPECT_EQ((std::vector<double>{3, 23, 3}), Nums(pBook, 1, 3));
 }
 
+// A chain built outside minimal mode has no index of readers yet; the first minimal
+// recomputation builds it and reaches the same cells.
+TEST_F(RecalcTest, ReadersIndexedWhenFirstNeeded) {
+  CCountingBook* pBook = NewBook();
+  Set(pBook, {{"A1", "1"}, {"A2", "2"}, {"B1", "=A1*2"}, {"B2", "=B1+A2"}});
+  Set(pBook, {{"C1", "=SUM(B1:B2)"}, {"C2", "=A2"}});
+  CRecalcChain chain;
+  int nCircular = -1;
+  ASSERT_NE(nullptr, chain.Build(pBook, true, &nCircular));
+  chain.Recompute(pBook, true);
+  EXPECT_EQ(4u, chain.GetLastRecomputed());
+  // Built again with nothing marked for recomputation.
+  ASSERT_NE(nullptr, chain.Build(pBook, false, &nCircular));
+  EXPECT_FALSE(chain.Graph().HasDependants());
+  pBook->SetMinimalRecalc(1);  // from here on, edits are recorded as changed regions
+  Set(pBook, "A1", "10");
+  chain.Recompute(pBook, false);
+  EXPECT_TRUE(chain.Graph().HasDependants());
+  EXPECT_EQ(3u, chain.GetLastRecomputed());  // B1, B2 through B1, C1 through the range
+  EXPECT_EQ((std::vector<double>{10, 20, 42}), Nums(pBook, 0, 3));
+}
+
 // Volatile formulas are recomputed by every recalculation, in minimal mode too.
 TEST_F(RecalcTest, VolatileFormulasAlwaysRecompute) {
   CCountingBook* pBook = NewBook();

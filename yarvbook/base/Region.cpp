@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
+#include <new>
 #include <map>
 #include <utility>
 #include <vector>
@@ -135,6 +137,7 @@ void TRegion::Assign(int nCount, const TRange* pRanges) {
 
 void TRegion::Add(int nCount, const TRange* pRanges) {
   if (nCount <= 0) return;
+  if (nCount > std::numeric_limits<int>::max() - m_nCount) throw std::bad_array_new_length();
   TRange* pNew = new TRange[m_nCount + nCount];
   std::copy(m_pRanges, m_pRanges + m_nCount, pNew);
   std::copy(pRanges, pRanges + nCount, pNew + m_nCount);  // before the old array goes

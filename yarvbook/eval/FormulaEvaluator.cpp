@@ -348,7 +348,7 @@ void CFormulaEvaluator::Run(CFormula* pFormula, TValue* pEntry) {
         break;
       case CFormulaBase::tFunc: {
         const int nFunc = operands.GetWord();
-        const TFunc* pFunc = TFunc::GetFunc(static_cast<unsigned>(nFunc));
+        const TFunc* pFunc = TFunc::GetFuncToEvaluate(static_cast<unsigned>(nFunc));
         if (pFunc == nullptr || !EvaluateFunc(nFunc, pFunc->GetMinArgs(), true)) bAbort = true;
         break;
       }
@@ -523,7 +523,10 @@ bool CFormulaEvaluator::PushCellValue(unsigned char cBase, TPostfixPtr operands)
   const unsigned short wRow = operands.GetWord(), wCol = operands.GetWord();
   const CCell* pCell = GetValueCell(m_pSheet, AbsRow(wRow, wCol, bOffset), AbsCol(wCol, bOffset));
   if (pCell == nullptr || pCell->IsEmpty()) return false;
-  pCell->GetValue(*Push());
+  if (pCell->IsReal())
+    Push()->SetValue(pCell->GetReal());
+  else
+    pCell->GetValue(*Push());
   return true;
 }
 
@@ -673,7 +676,7 @@ bool CFormulaEvaluator::EvaluateFunc(int nFunc, int nArgs, bool bSetFormat) {
   if (nFunc < 0 || nFunc >= kNumFuncSlots || nArgs < 0) return false;
   if (m_nNesting > 0 && nArgs > m_pVal - m_pEntry) return false;
   if (nFunc == kFuncExtern) return EvaluateExternCall(nArgs);
-  TFunc* pFunc = TFunc::GetFunc(static_cast<unsigned>(nFunc));
+  TFunc* pFunc = TFunc::GetFuncToEvaluate(static_cast<unsigned>(nFunc));
   if (pFunc == nullptr || nArgs < pFunc->GetMinArgs() || nArgs > pFunc->GetMaxArgs()) return false;
   TValue* pArgs = m_pVal - nArgs + 1;
   const bool bOldSubtotal = m_bSubtotal, bOldSubA = m_bSubA;
@@ -688,7 +691,7 @@ bool CFormulaEvaluator::EvaluateFunc(int nFunc, int nArgs, bool bSetFormat) {
     CallFunc(pFunc, pArgs, nArgs);
   m_bSubtotal = bOldSubtotal;
   m_bSubA = bOldSubA;
-  DropArrayOperands(pArgs);
+  if (!m_ArrayOperands.empty()) DropArrayOperands(pArgs);
   DropTo(pArgs);
   if (bSetFormat && pFunc->GetValueFormat() != 0) m_nValFormat = pFunc->GetValueFormat();
   return true;

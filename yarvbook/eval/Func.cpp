@@ -262,6 +262,11 @@ TFunc* TFunc::GetFunc(unsigned nFunc) {
   return nFunc < kNumFuncSlots ? m_pFunc[nFunc] : nullptr;
 }
 
+TFunc* TFunc::GetFuncToEvaluate(unsigned nFunc) {
+  if (!s_bRegistryComplete) CompleteRegistry();
+  return nFunc < kNumFuncSlots ? m_pFunc[nFunc] : nullptr;
+}
+
 TFunc* TFunc::GetFirstFunc() {
   CompleteRegistry();
   return m_pFirstFunc;

@@ -95,6 +95,8 @@ class YARVBOOK_API TFunc : public CZelObject {
 
   // The function under nFunc, or null (a number of kNumFuncSlots or more, or none).
   static TFunc* GetFunc(unsigned nFunc);
+  // The same for computing: the local names are not brought up to date.
+  static TFunc* GetFuncToEvaluate(unsigned nFunc);
   // The head of the list of registered functions (newest first; GetNextFunc walks it).
   static TFunc* GetFirstFunc();
   TFunc* GetNextFunc() const { return m_pNextFunc; }

@@ -78,7 +78,7 @@ int FailConversion(TValue& val) {
 
 // Allocates an element block; throws CZelException when memory is exhausted.
 TValue* NewElements(int nCount) {
-  if (nCount == 0) return nullptr;
+  if (nCount <= 0) return nullptr;
   auto* p = new (std::nothrow) TValue[static_cast<size_t>(nCount)];
   if (p == nullptr) CZelException::ThrowMemory();
   return p;

@@ -33,12 +33,20 @@ class YARVBOOK_API CFormulaRefIterator : public CFormulaIterator {
   CFormulaRefIterator(CBookBase* pBook, CSheetBase* pSheet, CFormula* pFormula, EFormulaType type,
                       const TCell& base);
 
+  // Points the walk at the start of another formula (null for none) with base cell
+  // nRow, nCol, as the constructor does; the book stays.
+  void Reset(CSheetBase* pSheet, CFormula* pFormula, EFormulaType type, int nRow, int nCol);
+
   // The next dependency; false at the end of the stream. A stream that ends inside
   // a token or holds an unknown code reports untrackable once and then ends.
-  bool Next(TRef& ref);
+  bool Next(TRef& ref) { return Next(&ref, 1) != 0; }
+  // The next dependencies, the same reports as Next(ref) one by one: fills
+  // pRefs[0..n) and returns n, which is less than nMax (nMax > 0) only when the
+  // stream has ended.
+  int Next(TRef* pRefs, int nMax);
 
  private:
-  // Absolute row and column of a stored reference corner.
-  int AbsRow(unsigned short wRow, unsigned short wColWord, bool bOffset) const;
-  int AbsCol(unsigned short wColWord, bool bOffset) const;
+  // The report of a reporting token whose code is at pCode and whose operands are
+  // inside the stream.
+  void Decode(const unsigned char* pCode, TRef& ref) const;
 };

@@ -79,8 +79,10 @@ bool CFormulaCell::GetNeedsRecalc(CBookBase* pBook) const {
   const auto nCellId = static_cast<std::uint32_t>(nId);
   if (GetNeedsRecompute() || IsCircular() || (graph.GetFlags(nCellId) & CDependencyGraph::kAlways))
     return true;
-  for (const std::int32_t* p = graph.NamesBegin(nCellId); p != graph.NamesEnd(nCellId); p++) {
-    const CName* pName = pBook->GetName(*p);
+  const CDependencyGraph::TNameUse *pUse, *pUseEnd;
+  graph.GetNames(nCellId, &pUse, &pUseEnd);
+  for (; pUse != pUseEnd; pUse++) {
+    const CName* pName = pBook->GetName(pUse->nName);
     if (pName && pName->IsChanged()) return true;
   }
   for (const CDependencyGraph::TRef* p = graph.RefsBegin(nCellId); p != graph.RefsEnd(nCellId);

@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "base/Export.h"
+#include "formula/FormulaRefIterator.h"
 #include "recalc/DependencyGraph.h"
+#include "recalc/PodArray.h"
 
 class CBookBase;
 class CFormulaCell;
@@ -23,7 +25,9 @@ class YARVBOOK_API CRecalcChain {
 
   // Collects every formula cell of pBook (setting its sheet link and clearing its
   // chain marks; with bFull marking it for recomputation), gathers its dependency
-  // information, orders the cells and threads them through their next pointers.
+  // information, orders the cells and threads them through their next pointers. In
+  // minimal mode it also builds what finds the cells an edit reaches; otherwise the
+  // first minimal Recompute does.
   // Returns the first cell of the chain (null for none). *pnCircular gets the number
   // of circular cells. Throws std::bad_alloc; the chain is then empty.
   CFormulaCell* Build(CBookBase* pBook, bool bFull, int* pnCircular);
@@ -49,10 +53,20 @@ class YARVBOOK_API CRecalcChain {
  private:
   // The dependency information of the cell added last: its formula's references,
   // names (with the references of their definitions) and marks.
-  void CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell);
+  // it is the walker, pointed at each formula in turn; pRefs has room for a batch
+  // of its reports.
+  void CollectDeps(CBookBase* pBook, CSheetBase* pSheet, CFormulaCell* pCell,
+                   CFormulaRefIterator& it, CFormulaRefIterator::TRef* pRefs);
+  // Asks the processor for what cell nId's formula will read (the first cell of each
+  // reference): the row objects, or with bCells the cells themselves.
+  void PrefetchReads(const CBookBase* pBook, std::uint32_t nId, bool bCells) const;
 
   CDependencyGraph m_Graph;
-  std::vector<CFormulaCell*> m_Cells;  // by id; not owned
-  std::vector<std::uint32_t> m_Ids;    // scratch: the cells of one recomputation
+  TPodArray<CFormulaCell*> m_Cells;  // by id; not owned
+  std::vector<std::uint32_t> m_Ids;  // scratch: the cells of one recomputation
+  std::vector<int> m_NameScratch;    // scratch: the names one formula uses
+  // Scratch by name index: the id + 1 of the last formula that met the name. Made
+  // when a build first meets a name.
+  std::vector<std::uint32_t> m_NameSeen;
   std::uint32_t m_nLastRecomputed = 0;
 };

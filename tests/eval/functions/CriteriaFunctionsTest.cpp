@@ -1,7 +1,5 @@
 // Criteria: CValueCriteria directly (operators from text, blank rules, text
 // operators on displayed text) and COUNTIF, SUMIF and COUNTBLANK through formulas.
-#include <string>
-
 #include "../EvalFixture.h"
 #include "eval/ValueCriteria.h"
 
@@ -35,6 +33,7 @@ TEST_F(CriteriaFunctionsTest, OperatorsFromText) {
     CValueCriteria::EOperator eOp;
     TValue::TValType vt;
   };
+  // clang-format off
   const TCase kCases[] = {
       {u"<>5", CValueCriteria::opNotEqual, TValue::vtReal},
       {u"<=5", CValueCriteria::opLessEqual, TValue::vtReal},
@@ -46,6 +45,7 @@ TEST_F(CriteriaFunctionsTest, OperatorsFromText) {
       {u"", CValueCriteria::opBlank, TValue::vtEmpty},
       {u"abc", CValueCriteria::opEqual, TValue::vtText},
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszText));
     TValue operand;
@@ -85,18 +85,17 @@ TEST_F(CriteriaFunctionsTest, TextOperatorsOnCells) {
     const char* pszCell;
     bool bMeets;
   };
+  // clang-format off
   const TCase kCases[] = {
       {u"hello", u"begins with", "C1", true},
       {u"\"hello\"", u"begins with", "C1", true},  // enclosing quotes are dropped
-      {u"world", u"begins with", "C1", false},
-      {u"world", u"does not begin with", "C1", true},
-      {u"W?rld", u"ends with", "C1", true},
-      {u"Hello", u"ends with", "C1", false},
-      {u"%", u"ends with", "C2", true},
-      {u"o w", u"contains", "C1", true},
+      {u"world", u"begins with", "C1", false}, {u"world", u"does not begin with", "C1", true},
+      {u"W?rld", u"ends with", "C1", true}, {u"Hello", u"ends with", "C1", false},
+      {u"%", u"ends with", "C2", true}, {u"o w", u"contains", "C1", true},
       {u"xyz", u"does not contain", "C1", true},
       {u"xyz", u"contains", "C3", false},  // an absent cell shows the empty text
   };
+  // clang-format on
   for (const TCase& c : kCases) {
     SCOPED_TRACE(Narrow(c.pwszOperand) + " " + Narrow(c.pwszOperator));
     const CValueCriteria crit(c.pwszOperand, m_pSheet, c.pwszOperator);
@@ -124,46 +123,31 @@ TEST_F(CriteriaFunctionsTest, RangeOverloadCoversAbsentCells) {
   EXPECT_TRUE(blank.MeetsCriteria(m_pSheet, 100, 0, 65535, 255));
 }
 
+// clang-format off
 constexpr TEvalCase kFunctionCases[] = {
     {"=COUNTIF(A1:A7,10)", "2"},  // the number and the numeric text
     {"=COUNTIF(A1:A7,\"<>10\")", "0"},
-    {"=COUNTIF(A1:A7,\"\")", "1"},   // the empty text; the absent A7 is not visited
+    {"=COUNTIF(A1:A7,\"\")", "1"},  // the empty text; the absent A7 is not visited
     {"=COUNTIF(A1:A7,\"*\")", "2"},  // texts; the empty one is blank
-    {"=COUNTIF(A1:A7,\"#DIV/0!\")", "1"},
-    {"=COUNTIF(A1:A7,TRUE)", "#VALUE!"},
-    {"=COUNTIF(A1:A7,1/0)", "#DIV/0!"},
-    {"=COUNTIF(5,5)", "#VALUE!"},
-    {"=COUNTIF(A:A,\">=10\")", "2"},
-    {"=SUMIF(A1:A7,TRUE,B1:B7)", "5"},
-    {"=SUMIF(A1:A7,10,B1)", "3"},
-    {"=SUMIF(B1:B7,\">5\")", "13"},
+    {"=COUNTIF(A1:A7,\"#DIV/0!\")", "1"}, {"=COUNTIF(A1:A7,TRUE)", "#VALUE!"},
+    {"=COUNTIF(A1:A7,1/0)", "#DIV/0!"}, {"=COUNTIF(5,5)", "#VALUE!"},
+    {"=COUNTIF(A:A,\">=10\")", "2"}, {"=SUMIF(A1:A7,TRUE,B1:B7)", "5"},
+    {"=SUMIF(A1:A7,10,B1)", "3"}, {"=SUMIF(B1:B7,\">5\")", "13"},
     {"=SUMIF(A1:A7,\"abc\",A4)", "#DIV/0!"},  // A3 matches; its sum cell A6 is an error
-    {"=SUMIF(A1:A10,\">0\",C65527)", "0"},    // rows 65527 to 65536 fit
-    {"=SUMIF(A1:A10,\">0\",C65528)", "#VALUE!"},
-    {"=SUMIF(A1:A2,\">0\",IV1)", "0"},
+    {"=SUMIF(A1:A10,\">0\",C65527)", "0"},  // rows 65527 to 65536 fit
+    {"=SUMIF(A1:A10,\">0\",C65528)", "#VALUE!"}, {"=SUMIF(A1:A2,\">0\",IV1)", "0"},
     {"=SUMIF(A1:B2,\">0\",IV1)", "#VALUE!"},
-    {"=COUNTBLANK(A1:A8)", "3"},            // the empty text, A7 and A8
+    {"=COUNTBLANK(A1:A8)", "3"},  // the empty text, A7 and A8
     {"=COUNTBLANK(A1:Y65536)", "1638388"},  // 25 x 65536 less 12 filled
     {"=COUNTBLANK({1})", "#VALUE!"},
 };
+// clang-format on
 
-TEST_F(CriteriaFunctionsTest, Functions) {
-  for (const TEvalCase& c : kFunctionCases) {
-    SCOPED_TRACE(c.pszFormula);
-    EXPECT_EQ(c.pszExpected, Eval(c.pszFormula));
-  }
-}
+TEST_F(CriteriaFunctionsTest, Functions) { ExpectAll(kFunctionCases); }
 
 TEST_F(CriteriaFunctionsTest, ArityEdges) {
-  EXPECT_EQ(4, SetFormula("Z100", "=COUNTIF(A1)"));
-  EXPECT_EQ(0, SetFormula("Z100", "=COUNTIF(A1,1)"));
-  EXPECT_EQ(114, SetFormula("Z100", "=COUNTIF(A1,1,1)"));
-  EXPECT_EQ(4, SetFormula("Z100", "=SUMIF(A1)"));
-  EXPECT_EQ(0, SetFormula("Z100", "=SUMIF(A1,1)"));
-  EXPECT_EQ(0, SetFormula("Z100", "=SUMIF(A1,1,B1)"));
-  EXPECT_EQ(114, SetFormula("Z100", "=SUMIF(A1,1,B1,1)"));
-  EXPECT_EQ(4, SetFormula("Z100", "=COUNTBLANK()"));
-  EXPECT_EQ(114, SetFormula("Z100", "=COUNTBLANK(A1,A2)"));
+  constexpr TArity kArity[] = {{"COUNTIF", 2, 2}, {"SUMIF", 2, 3}, {"COUNTBLANK", 1, 1}};
+  ExpectArity(kArity);
 }
 
 }  // namespace
