@@ -1420,6 +1420,59 @@ void CFormulaParser::ForceArrayClass(int nStart) {
   }
 }
 
+// A number or reference as the current token stands, then the token behind it.
+inline CFormulaParser::TOperand CFormulaParser::EmitOperand() {
+  TOperand x;
+  if (m_nKind == lkNumber) {
+    x.nPos = m_nOut;
+    TPostfixPtr p(Out(m_bIsInt ? 3 : 9));
+    if (m_bIsInt) {
+      p.Put(tInt);
+      p.Put(m_wInt);
+    } else {
+      p.Put(tNum);
+      p.Put(m_rNumber);
+    }
+    Next(true);
+    return x;
+  }
+  const bool bArea = m_nIsRange != 0;
+  int nExtern = m_nExternSheet;
+  if (nExtern < 0 && m_bForce3d) {
+    nExtern = FindOwnExternSheet(GetFormulaSheetIndex());
+    if (nExtern < 0) {
+      SetError(perUnexpected);
+      return x;
+    }
+  }
+  unsigned char cBase;
+  const bool bRel = !(m_cFlags1 & kAbsCol) || !(m_cFlags1 & kAbsRow) ||
+                    (bArea && (!(m_cFlags2 & kAbsCol) || !(m_cFlags2 & kAbsRow)));
+  if (nExtern >= 0)
+    cBase = bArea ? tArea3d : tRef3d;
+  else if (m_bRelRCIsOffset && bRel)
+    cBase = bArea ? tAreaN : tRefN;
+  else
+    cBase = bArea ? tArea : tRef;
+  x.nPos = m_nOut;
+  x.cNatural = kClassRef;
+  if (cBase == tRef && !m_bRelRCIsOffset) {
+    // The commonest reference, one cell of this sheet as it stands: what
+    // PutRef writes for it.
+    unsigned w = static_cast<unsigned>(m_Range.Col1()) & 0xFF;
+    if (!(m_cFlags1 & kAbsCol)) w |= kColRelative;
+    if (!(m_cFlags1 & kAbsRow)) w |= kRowRelative;
+    TPostfixPtr q(Out(5));
+    q.Put(static_cast<unsigned char>(tRef));
+    q.PutRowNr(m_Range.Row1());
+    q.PutColNr(static_cast<int>(w));
+  } else {
+    PutRef(cBase, nExtern);
+  }
+  Next(true);
+  return x;
+}
+
 CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
   TOperand left;
   if (++m_nDepth > kMaxDepth) {
@@ -1436,68 +1489,23 @@ CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
       left.nPos = m_nOut;
       *Out(1) = pOp->cToken;
     }
+  } else if (m_nKind == lkNumber || m_nKind == lkRef) {
+    left = EmitOperand();
+  } else if (m_nKind == lkFunc) {
+    // Here rather than in ParseElement: one call frame less for every level of
+    // nested calls.
+    left = ParseFunc();
   } else {
-    // The frequent elements here rather than in ParseElement: one call frame less
-    // for every level of nested calls.
-    switch (m_nKind) {
-      case lkNumber: {
-        left.nPos = m_nOut;
-        TPostfixPtr p(Out(m_bIsInt ? 3 : 9));
-        if (m_bIsInt) {
-          p.Put(tInt);
-          p.Put(m_wInt);
-        } else {
-          p.Put(tNum);
-          p.Put(m_rNumber);
-        }
-        Next(true);
-        break;
-      }
-      case lkRef: {
-        const bool bArea = m_nIsRange != 0;
-        int nExtern = m_nExternSheet;
-        if (nExtern < 0 && m_bForce3d) {
-          nExtern = FindOwnExternSheet(GetFormulaSheetIndex());
-          if (nExtern < 0) {
-            SetError(perUnexpected);
-            break;
-          }
-        }
-        unsigned char cBase;
-        const bool bRel = !(m_cFlags1 & kAbsCol) || !(m_cFlags1 & kAbsRow) ||
-                          (bArea && (!(m_cFlags2 & kAbsCol) || !(m_cFlags2 & kAbsRow)));
-        if (nExtern >= 0)
-          cBase = bArea ? tArea3d : tRef3d;
-        else if (m_bRelRCIsOffset && bRel)
-          cBase = bArea ? tAreaN : tRefN;
-        else
-          cBase = bArea ? tArea : tRef;
-        left.nPos = m_nOut;
-        left.cNatural = kClassRef;
-        if (cBase == tRef && !m_bRelRCIsOffset) {
-          // The commonest reference, one cell of this sheet as it stands: what
-          // PutRef writes for it.
-          unsigned w = static_cast<unsigned>(m_Range.Col1()) & 0xFF;
-          if (!(m_cFlags1 & kAbsCol)) w |= kColRelative;
-          if (!(m_cFlags1 & kAbsRow)) w |= kRowRelative;
-          TPostfixPtr q(Out(5));
-          q.Put(static_cast<unsigned char>(tRef));
-          q.PutRowNr(m_Range.Row1());
-          q.PutColNr(static_cast<int>(w));
-        } else {
-          PutRef(cBase, nExtern);
-        }
-        Next(true);
-        break;
-      }
-      case lkFunc:
-        left = ParseFunc();
-        break;
-      default:
-        left = ParseElement();
-        break;
-    }
+    left = ParseElement();
   }
+  if (!m_nError && m_nKind == lkOp) left = ParseOperators(left, nMaxLevel);
+  m_nDepth--;
+  return left;
+}
+
+// The operators behind the operand left that bind at nMaxLevel or tighter, with
+// their right operands.
+CFormulaParser::TOperand CFormulaParser::ParseOperators(TOperand left, int nMaxLevel) {
   while (!m_nError && m_nKind == lkOp) {
     const TParseOp* pOp = m_pOp;
     if (pOp->nLevel > nMaxLevel) break;
@@ -1520,7 +1528,6 @@ CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
     left.bRefOp = pOp->bRefOp;
     *Out(1) = pOp->cToken;
   }
-  m_nDepth--;
   return left;
 }
 
@@ -1754,7 +1761,17 @@ CFormulaParser::TOperand CFormulaParser::ParseFunc() {
       if (bLastEmpty) {
         *Out(1) = tMissArg;
       } else {
-        TOperand x = ParseExpr(kTopLevel);
+        TOperand x;
+        if ((m_nKind == lkNumber || m_nKind == lkRef) && m_nDepth < kMaxDepth) {
+          // What ParseExpr does for an argument that starts with a number or a
+          // reference, at the same depth, without a call frame of its own.
+          m_nDepth++;
+          x = EmitOperand();
+          if (!m_nError && m_nKind == lkOp) x = ParseOperators(x, kTopLevel);
+          m_nDepth--;
+        } else {
+          x = ParseExpr(kTopLevel);
+        }
         if (m_nError) break;
         const int nClass = pFunc->GetArgClass(f.nArgs);
         const unsigned char cWant = nClass == 1   ? kClassRef

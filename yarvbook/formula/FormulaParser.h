@@ -221,6 +221,8 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
 
   // ---- parser ----
   TOperand ParseExpr(int nMaxLevel);
+  TOperand ParseOperators(TOperand left, int nMaxLevel);
+  inline TOperand EmitOperand();
   TOperand ParseElement();
   TOperand ParseFunc();
   TOperand ParseArray();
