@@ -17,6 +17,7 @@
 #include "formula/Formula.h"
 #include "formula/FormulaParser.h"
 #include "formula/ParserModel.h"
+#include "platform/Locale.h"
 #include "platform/ResourceIds.h"
 #include "platform/Resources.h"
 
@@ -188,10 +189,13 @@ TEST(FormulaLexer, PlainAddressesMatchCvtRange) {
   }
 }
 
-// Puts the host's English table back whatever a test did.
+// Puts the host's English table and the en-US locale back whatever a test did.
 class FormulaLexerHost : public ::testing::Test {
  protected:
-  void TearDown() override { SetResourceTable(nullptr, 0); }
+  void TearDown() override {
+    SetResourceTable(nullptr, 0);
+    SetLocale("en-US");
+  }
 };
 
 // Operators found through the per-character start sets: texts of more than one
@@ -245,6 +249,21 @@ TEST_F(FormulaLexerHost, FunctionNamesFollowTheHost) {
   SetResourceTable(nullptr, 0);
   EXPECT_EQ(sSum, Tokens(local, u"SUM(1)"));
   EXPECT_EQ("error 3 at 0", Tokens(local, u"SUMME(1)"));
+}
+
+// The locale's separators through the lexer's short cuts: "," as the decimal
+// separator and ";" between arguments, where ";" outside an argument list is no
+// operator.
+TEST_F(FormulaLexerHost, LocalSeparatorsTakeTheGeneralReading) {
+  ASSERT_TRUE(SetLocale("de-DE"));
+  TFormulaModel model;
+  CBookModelParser<CFormulaParser> parser(model, nullptr, nullptr, TCell(), false);
+  EXPECT_EQ("1F 00 00 00 00 00 00 F8 3F 1E 00 00 41 1B 00", Tokens(parser, u"ROUND(1,5;0)"));
+  EXPECT_EQ("1E 01 00 1E 02 00 42 02 04 00", Tokens(parser, u"SUM(1;2)"));
+  EXPECT_EQ("1F 00 00 00 00 00 00 F8 3F 1E 02 00 03", Tokens(parser, u"1,5+2"));
+  EXPECT_EQ("1F 00 00 00 00 00 00 E0 3F", Tokens(parser, u",5"));
+  EXPECT_EQ("error 2 at 3", Tokens(parser, u"(A1;B1)"));
+  EXPECT_EQ("error 1 at 2", Tokens(parser, u"A1,5"));
 }
 
 }  // namespace
