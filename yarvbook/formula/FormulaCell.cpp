@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "eval/LookupCache.h"
+
 // Formula cells come from their own cell pool, which hands out blocks of this size.
 static_assert(sizeof(CFormulaCell) == CCell::kFormulaCellBytes,
               "CFormulaCell must keep the size of the formula cell pool's blocks");
@@ -64,6 +66,7 @@ void CFormulaCell::SetCell3D(CSheetBase* pSheet, int nRow, int nCol) {
 }
 
 void CFormulaCell::SetRecalcNumber(double r) {
+  CLookupCache::CellChanged(m_pSheet, m_wRow, m_bCol);
   if (IsOnScreen()) {
     if (IsReal() && r == GetReal()) return;
     if (!IsReal()) SetTypeChanged();
@@ -73,6 +76,7 @@ void CFormulaCell::SetRecalcNumber(double r) {
 }
 
 void CFormulaCell::SetRecalcValue(TValue& value) {
+  CLookupCache::CellChanged(m_pSheet, m_wRow, m_bCol);
   const bool bOnScreen = IsOnScreen();
   if (IsReal() && value.IsReal()) {
     double r;

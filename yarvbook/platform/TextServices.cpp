@@ -236,7 +236,7 @@ int CompareStringNoCase(const char16_t* pA, const char16_t* pB) {
 // characters, and a spreadsheet's "=" must not. Ordering on the folded text alone
 // keeps the order consistent for sorting (no two case variants order differently
 // against a third text). Folding is the simple one-to-one kind, like ToUpperChar,
-// so "ß" stays apart from "ss".
+// so "ß" stays apart from "ss". HashStringNoCase relies on equal meaning equal folds.
 int CompareStringNoCase(const char16_t* pA, int nA, const char16_t* pB, int nB) {
   if (pA == nullptr || nA < 0) nA = 0;
   if (pB == nullptr || nB < 0) nB = 0;
@@ -249,4 +249,17 @@ int CompareStringNoCase(const char16_t* pA, int nA, const char16_t* pB, int nB) 
     if (U_SUCCESS(status) && nResult != UCOL_EQUAL) return nResult == UCOL_LESS ? -1 : 1;
   }
   return Sign(strA.compare(strB));
+}
+
+// FNV-1a over the folded code units: folding is where CompareStringNoCase decides
+// equality, so both go through FoldCase.
+std::uint64_t HashStringNoCase(const char16_t* p) {
+  int n = 0;
+  if (p != nullptr)
+    while (p[n] != 0) ++n;
+  const icu::UnicodeString strFolded = FoldCase(p, n);
+  std::uint64_t nHash = 14695981039346656037ull;
+  for (int i = 0; i < strFolded.length(); ++i)
+    nHash = (nHash ^ strFolded.charAt(i)) * 1099511628211ull;
+  return nHash;
 }

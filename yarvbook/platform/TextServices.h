@@ -1,6 +1,8 @@
 // Case mapping, character classes and width folding for UTF-16 text, through ICU.
 #pragma once
 
+#include <cstdint>
+
 #include "base/Export.h"
 
 // LCMapStringW-style flags for MapString.
@@ -34,3 +36,6 @@ YARVBOOK_API int MapString(unsigned nFlags, const char16_t* pSrc, int nSrc, char
 YARVBOOK_API int CompareStringNoCase(const char16_t* pA, const char16_t* pB);
 // The same over counted texts.
 YARVBOOK_API int CompareStringNoCase(const char16_t* pA, int nA, const char16_t* pB, int nB);
+// A hash of the text as CompareStringNoCase sees it: texts it calls equal hash equal.
+// Null hashes as the empty text.
+YARVBOOK_API std::uint64_t HashStringNoCase(const char16_t* p);

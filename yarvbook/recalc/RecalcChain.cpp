@@ -8,6 +8,7 @@
 #include "book/Row.h"
 #include "book/SheetBase.h"
 #include "eval/FormulaEvaluator.h"
+#include "eval/LookupCache.h"
 #include "eval/Value.h"
 #include "extern/ExternSheet.h"
 #include "extern/SupBook.h"
@@ -229,6 +230,8 @@ unsigned CRecalcChain::Recompute(CBookBase* pBook, bool bAll) {
   }
   const std::vector<std::uint32_t>& ids = bAll ? m_Graph.GetOrder() : m_Ids;
   m_nLastRecomputed = static_cast<std::uint32_t>(ids.size());
+  // Lookup indexes may be kept while only recomputed results change the cells.
+  const CLookupCache::TScope lookupScope;
 
   const bool bIterate = pBook->GetIteration();
   const unsigned nMaxPasses = std::max(1u, pBook->GetMaxIterations());

@@ -2,7 +2,9 @@
 // engine over a table given as a range, an array or a single number; INDEX, OFFSET and
 // INDIRECT make references; ADDRESS writes one as text; ROW, COLUMN, ROWS and COLUMNS
 // measure one. A range is read cell by cell through its sheet, never copied, so a
-// binary search over a column costs a logarithmic number of cell reads.
+// binary search over a column costs a logarithmic number of cell reads. During a
+// recalculation, exact searches along a range's first column or row go through the
+// lookup index (CLookupCache) instead of scanning.
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -17,6 +19,7 @@
 #include "book/SheetBase.h"
 #include "eval/FormulaEvaluator.h"
 #include "eval/Func.h"
+#include "eval/LookupCache.h"
 #include "eval/Value.h"
 #include "formula/R1C1Text.h"
 #include "platform/ResourceIds.h"
@@ -56,6 +59,17 @@ class TLookupTable {
   }
   int Rows() const { return m_nRows; }
   int Cols() const { return m_nCols; }
+  // The first column (or, bHorizontal, the first row) of a range on a sheet as a
+  // sheet line; false for arrays and single values.
+  bool GetSheetLine(bool bHorizontal, TSheetLine* pLine) const {
+    if (!m_pSheet) return false;
+    pLine->pSheet = m_pSheet;
+    pLine->bHorizontal = bHorizontal;
+    pLine->nLine = bHorizontal ? m_nRow1 : m_nCol1;
+    pLine->nFirst = bHorizontal ? m_nCol1 : m_nRow1;
+    pLine->nLast = pLine->nFirst + (bHorizontal ? m_nCols : m_nRows) - 1;
+    return true;
+  }
   // True when every position of row nRow (0-based in the table) and later has no cell:
   // the sheet has no row there.
   bool IsPastLastRow(int nRow) const { return m_pSheet && m_nRow1 + nRow >= m_nSheetRows; }
@@ -181,8 +195,15 @@ int Search(const TValue& v, const TLookupTable& table, ESearchMode eMode, bool b
       if (line.NextUsable(0, line.Size() - 1, &pFirst) < 0 || v.Compare(*pFirst) > 0) return -1;
       return SearchApproximate(v, line, true);
     }
-    case ESearchMode::kExact:
+    case ESearchMode::kExact: {
+      // During a recalculation many formulas search the same table: an index
+      // answers as the scan would.
+      TSheetLine sheetLine;
+      int nPos = -1;
+      if (table.GetSheetLine(bHorizontal, &sheetLine) && CLookupCache::Find(sheetLine, v, &nPos))
+        return nPos;
       return SearchExact(v, line, false);
+    }
     case ESearchMode::kWildcard:
       return SearchExact(v, line, true);
   }
