@@ -1,7 +1,11 @@
 #include "formula/FormulaParser.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <memory>
@@ -10,6 +14,7 @@
 #include <vector>
 
 #include "base/A1Text.h"
+#include "base/Cell.h"
 #include "base/ZelException.h"
 #include "book/BookBase.h"
 #include "book/Name.h"
@@ -77,6 +82,11 @@ constexpr TOpDef kOpDefs[] = {
 };
 constexpr int kTopLevel = 9;
 
+// 10^0 to 10^22: the powers of ten that doubles hold exactly.
+constexpr double kExactPowersOf10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                       1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                       1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
 // BIFF8 error literals; keep in step with the error texts of TValue.
 struct TErrorLiteral {
   const char16_t* pwszText;
@@ -92,57 +102,70 @@ inline char16_t Upper(char16_t c) {
   if (c < 0x80) return (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - 32) : c;
   return ToUpperChar(c);
 }
+
+// Classes of the ASCII units, one bit each; units from 0x80 on go to the platform's
+// tables. Keep in step with the predicates below.
+enum : unsigned char {
+  kcWhite = 0x01,       // space, tab, carriage return, line feed
+  kcDigit = 0x02,       // 0-9
+  kcLetter = 0x04,      // A-Z, a-z
+  kcNameStart = 0x08,   // first character of a name: letter, "_", "\"
+  kcFuncChar = 0x10,    // later character of a function name: letter, digit, "_", "."
+  kcNameChar = 0x20,    // later character of a defined name: kcFuncChar, "\", "?"
+  kcEndsPrefix = 0x40,  // ends an unquoted sheet or book prefix (the terminator too)
+};
+
+constexpr std::array<unsigned char, 128> kAsciiClasses = [] {
+  std::array<unsigned char, 128> a{};
+  for (char16_t c : std::u16string_view(u" \t\r\n")) a[c] |= kcWhite | kcEndsPrefix;
+  for (char16_t c = u'0'; c <= u'9'; c++) a[c] |= kcDigit | kcFuncChar | kcNameChar;
+  for (char16_t c = u'A'; c <= u'Z'; c++) {
+    a[c] |= kcLetter | kcNameStart | kcFuncChar | kcNameChar;
+    a[c + 32] |= kcLetter | kcNameStart | kcFuncChar | kcNameChar;
+  }
+  a[u'_'] |= kcNameStart | kcFuncChar | kcNameChar;
+  a[u'.'] |= kcFuncChar | kcNameChar;
+  a[u'\\'] |= kcNameStart | kcNameChar;
+  a[u'?'] |= kcNameChar;
+  a[0] |= kcEndsPrefix;
+  for (char16_t c : std::u16string_view(u"+-*/^&=<>(),;{}\"'%!")) a[c] |= kcEndsPrefix;
+  return a;
+}();
+
+inline bool HasClass(char16_t c, unsigned char cClass) {
+  return (kAsciiClasses[c] & cClass) != 0;  // c < 0x80
+}
 inline bool IsWhite(char16_t c) {
-  return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n' || c == 0x00A0 || c == 0x3000;
+  if (c < 0x80) return HasClass(c, kcWhite);
+  return c == 0x00A0 || c == 0x3000;
 }
 inline bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 inline bool IsAsciiLetter(char16_t c) {
   return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
 }
 inline bool IsLetter(char16_t c) {
-  if (c < 0x80) return IsAsciiLetter(c);
+  if (c < 0x80) return HasClass(c, kcLetter);
   return !IsWhite(c) && IsLetterChar(c);
 }
 // First character of a function or defined name.
-inline bool IsNameStart(char16_t c) { return IsLetter(c) || c == u'_' || c == u'\\'; }
+inline bool IsNameStart(char16_t c) {
+  if (c < 0x80) return HasClass(c, kcNameStart);
+  return IsLetter(c);
+}
 // Later characters of a function name.
 inline bool IsFuncChar(char16_t c) {
-  return IsLetter(c) || IsDigit(c) || c == u'_' || c == u'.' || (c >= 0x80 && IsDigitChar(c));
+  if (c < 0x80) return HasClass(c, kcFuncChar);
+  return IsLetter(c) || IsDigitChar(c);
 }
 // Later characters of a defined name.
-inline bool IsNameChar(char16_t c) { return IsFuncChar(c) || c == u'\\' || c == u'?'; }
-
+inline bool IsNameChar(char16_t c) {
+  if (c < 0x80) return HasClass(c, kcNameChar);
+  return IsFuncChar(c);
+}
 // Characters that end an unquoted sheet or book prefix.
 inline bool EndsPrefix(char16_t c) {
-  switch (c) {
-    case 0:
-    case u' ':
-    case u'\t':
-    case u'\r':
-    case u'\n':
-    case u'+':
-    case u'-':
-    case u'*':
-    case u'/':
-    case u'^':
-    case u'&':
-    case u'=':
-    case u'<':
-    case u'>':
-    case u'(':
-    case u')':
-    case u',':
-    case u';':
-    case u'{':
-    case u'}':
-    case u'"':
-    case u'\'':
-    case u'%':
-    case u'!':
-      return true;
-    default:
-      return IsWhite(c);
-  }
+  if (c < 0x80) return HasClass(c, kcEndsPrefix);
+  return IsWhite(c);
 }
 
 bool EqualNoCase(const char16_t* p, const char16_t* pwszUpper, int nLen) {
@@ -265,23 +288,117 @@ void CFormulaParser::SetFormulaType(EFormulaType type) {
 namespace {
 
 // The parser's descriptor of each registered function, refreshed from the registry
-// at every lookup so that a body registered late or a reloaded local name is seen.
+// at every registry lookup so that a body registered late or a reloaded local name
+// is seen.
 TParseFunc g_ParseFuncs[kNumFuncSlots];
 
-// The 1-based index of the extern name of pSupBook spelt by the nLen units at p,
-// added when bAdd; 0 when none.
-int FindSupBookName(CSupBook* pSupBook, const char16_t* p, int nLen, bool bAdd) {
-  int nIndex = -1;
-  if (pSupBook->FindExternName(p, nLen, &nIndex)) return nIndex + 1;
-  if (!bAdd) return 0;
-  pSupBook->AddExternName(p, nLen, &nIndex);
-  return nIndex + 1;
-}
+// Built-in functions by ASCII name, one cache per mode, so that a call's name is not
+// hashed and compared through the platform's case mapping and its descriptor not
+// rebuilt every time. The entries hold while the registry's list head and the
+// resource generation are what they were when the cache was filled: registering a
+// function puts it at the head, and local names change only with the resources. A
+// hit is also checked against its function's slot, so that a function unregistered
+// from deeper in the list is not found. Misses go to the registry.
+struct TFuncNameCache {
+  static constexpr int kMaxName = 32;  // longer names are not cached
+  static constexpr int kSlots = 512;   // a power of two
+  static constexpr int kMaxEntries = kSlots / 2;
+  // A name as the cache compares it: its first four units upper-cased, 16 bits each
+  // and zero beyond the name, its length, and its text for the units after those.
+  struct TKey {
+    std::uint64_t nHead = 0;
+    int nLen = 0;
+    const char16_t* pText = nullptr;
+  };
+  struct TEntry {
+    std::uint64_t nHead = 0;
+    int nLen = 0;  // 0: free
+    unsigned short nFunc = 0;
+    const TFunc* pFunc = nullptr;
+    char16_t szTail[kMaxName - 4] = {};  // the units after the head, upper case
+  };
 
-}  // namespace
+  TEntry aSlots[kSlots];
+  int nCount = 0;
+  const TFunc* pHead = nullptr;  // TFunc::m_pFirstFunc when the entries were made
+  unsigned nResourceGen = 0;
 
-const TParseFunc* CFormulaParser::FindFunction(const char16_t* p, int nLen) {
-  const TFunc* pFunc = TFunc::FindFunc(p, nLen, m_bEnglish ? 1 : 0);
+  static unsigned AsciiUpper(unsigned c) { return c - (c - u'a' < 26u ? 32 : 0); }
+  // The key of the nLen units at p; false for a name that is empty, too long or not
+  // ASCII. The head is read without a loop: unit i, or the last unit again (then
+  // masked off) where the name is shorter.
+  static bool MakeKey(const char16_t* p, int nLen, TKey* pKey) {
+    if (nLen <= 0 || nLen > kMaxName) return false;
+    const int nLast = nLen - 1;
+    unsigned nUnits = 0;
+    std::uint64_t nHead = 0;
+    for (int i = 0; i < 4; i++) {
+      const unsigned c = p[i < nLast ? i : nLast] & (i <= nLast ? 0xFFFFu : 0u);
+      nUnits |= c;
+      nHead |= static_cast<std::uint64_t>(AsciiUpper(c) & 0xFFFF) << (16 * i);
+    }
+    for (int i = 4; i < nLen; i++) nUnits |= p[i];
+    if (nUnits >= 0x80) return false;
+    *pKey = TKey{nHead, nLen, p};
+    return true;
+  }
+  static unsigned Hash(const TKey& key) {
+    return static_cast<unsigned>(
+        ((key.nHead ^ static_cast<std::uint64_t>(key.nLen)) * 0x9E3779B97F4A7C15ull) >> 40);
+  }
+  bool IsCurrent() const {
+    return nCount > 0 && pHead == TFunc::m_pFirstFunc && nResourceGen == GetResourceGeneration();
+  }
+  static bool Matches(const TEntry& e, const TKey& key) {
+    if (e.nHead != key.nHead || e.nLen != key.nLen) return false;
+    for (int i = 4; i < key.nLen; i++)
+      if (AsciiUpper(key.pText[i]) != e.szTail[i - 4]) return false;
+    return true;
+  }
+  // The slot of the key, or the free slot where it would go.
+  TEntry& Probe(const TKey& key) {
+    for (unsigned j = Hash(key) & (kSlots - 1);; j = (j + 1) & (kSlots - 1)) {
+      TEntry& e = aSlots[j];
+      if (e.nLen == 0 || Matches(e, key)) return e;
+    }
+  }
+  const TEntry* Find(const TKey& key) {
+    const TEntry& e = Probe(key);
+    if (e.nLen == 0 || TFunc::m_pFunc[e.nFunc] != e.pFunc) return nullptr;
+    return &e;
+  }
+  // Enters what the registry found for the key; called right after the lookup, so
+  // that a registry completed by that lookup is the state recorded.
+  void Add(const TKey& key, const TFunc* pFunc) {
+    const unsigned nFunc = pFunc->GetFuncNumber();
+    if (nFunc >= kNumFuncSlots || TFunc::m_pFunc[nFunc] != pFunc) return;
+    if (!IsCurrent()) {
+      for (TEntry& e : aSlots) e = TEntry{};
+      nCount = 0;
+      pHead = TFunc::m_pFirstFunc;
+      nResourceGen = GetResourceGeneration();
+    }
+    TEntry& e = Probe(key);
+    if (e.nLen == 0) {
+      if (nCount >= kMaxEntries) return;
+      nCount++;
+      e.nHead = key.nHead;
+      e.nLen = key.nLen;
+      for (int i = 4; i < key.nLen; i++)
+        e.szTail[i - 4] = static_cast<char16_t>(AsciiUpper(key.pText[i]));
+    }
+    e.nFunc = static_cast<unsigned short>(nFunc);
+    e.pFunc = pFunc;
+  }
+};
+TFuncNameCache g_aFuncNameCaches[2];  // English, local
+
+// The registry's function of the nLen units at p (into *ppFunc) and its descriptor,
+// refreshed; null when there is none.
+const TParseFunc* FindRegisteredFunc(const char16_t* p, int nLen, bool bEnglish,
+                                     const TFunc** ppFunc) {
+  const TFunc* pFunc = TFunc::FindFunc(p, nLen, bEnglish ? 1 : 0);
+  *ppFunc = pFunc;
   if (pFunc == nullptr) return nullptr;
   TParseFunc& desc = g_ParseFuncs[pFunc->GetFuncNumber()];
   desc.pwszName = pFunc->GetName();
@@ -297,6 +414,34 @@ const TParseFunc* CFormulaParser::FindFunction(const char16_t* p, int nLen) {
   desc.bVolatile = pFunc->IsVolatile();
   desc.bVarArgs = pFunc->GetMinArgs() != pFunc->GetMaxArgs();
   return &desc;
+}
+
+// The 1-based index of the extern name of pSupBook spelt by the nLen units at p,
+// added when bAdd; 0 when none.
+int FindSupBookName(CSupBook* pSupBook, const char16_t* p, int nLen, bool bAdd) {
+  int nIndex = -1;
+  if (pSupBook->FindExternName(p, nLen, &nIndex)) return nIndex + 1;
+  if (!bAdd) return 0;
+  pSupBook->AddExternName(p, nLen, &nIndex);
+  return nIndex + 1;
+}
+
+}  // namespace
+
+const TParseFunc* CFormulaParser::FindFunction(const char16_t* p, int nLen) {
+  // ASCII names go through the name cache first; its key is the name upper-cased,
+  // which is all the registry's comparison looks at for ASCII text.
+  TFuncNameCache& cache = g_aFuncNameCaches[m_bEnglish ? 0 : 1];
+  TFuncNameCache::TKey key;
+  const TFunc* pFunc = nullptr;
+  if (!TFuncNameCache::MakeKey(p, nLen, &key))
+    return FindRegisteredFunc(p, nLen, m_bEnglish, &pFunc);
+  if (cache.IsCurrent()) {
+    if (const TFuncNameCache::TEntry* pEntry = cache.Find(key)) return &g_ParseFuncs[pEntry->nFunc];
+  }
+  const TParseFunc* pDesc = FindRegisteredFunc(p, nLen, m_bEnglish, &pFunc);
+  if (pDesc != nullptr) cache.Add(key, pFunc);
+  return pDesc;
 }
 
 // External functions (and the host's add-ins) are called as function 255 with their
@@ -479,9 +624,73 @@ bool ReadRowSpan(const char16_t** ppText, int* pFlags1, int* pFlags2, TRange* pR
   return true;
 }
 
+// A plain address "[$]col[$]row" standing before a character that continues no
+// reading of it (not a name character, not ":"): the common case, read in one pass.
+// False, with nothing advanced, for anything else; the general readers then decide,
+// and where this succeeds they give the same address.
+bool ReadPlainAddress(const char16_t** ppText, int* pFlags, int* pRow, int* pCol) {
+  const char16_t* p = *ppText;
+  int nFlags = 0;
+  if (*p == u'$') {
+    nFlags |= kAbsCol;
+    ++p;
+  }
+  if (!IsAsciiLetter(*p)) return false;
+  int nCol = (*p++ | 0x20) - u'a';
+  if (IsAsciiLetter(*p)) {
+    nCol = (nCol + 1) * 26 + ((*p++ | 0x20) - u'a');
+    if (nCol > kMaxCol) return false;
+  }
+  if (*p == u'$') {
+    nFlags |= kAbsRow;
+    ++p;
+  }
+  if (!IsDigit(*p)) return false;
+  int nRow = 0;
+  do {
+    nRow = nRow * 10 + (*p++ - u'0');
+    if (nRow > kRowCount) return false;
+  } while (IsDigit(*p));
+  if (nRow == 0) return false;
+  if (*p >= 0x80 || HasClass(*p, kcNameChar) || *p == u':') return false;
+  *pFlags = nFlags;
+  *pRow = nRow - 1;
+  *pCol = nCol;
+  *ppText = p;
+  return true;
+}
+
 }  // namespace
 
 int CFormulaParser::NextRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
+                                   unsigned char* pFlags2, TRange* pRange) {
+  // Past an optional "$", a digit can only start a whole-row span and a letter a
+  // whole-column span or an address; anything else starts no reference. The two
+  // commonest answers, a number's digits and a plain address, are given here; the
+  // rest goes to the full reading.
+  const char16_t* p = *ppText;
+  const char16_t c = p[*p == u'$' ? 1 : 0];
+  if (IsDigit(c)) {
+    const char16_t* q = p + (*p == u'$' ? 2 : 1);
+    while (IsDigit(*q)) q++;
+    if (*q != u':') return 0;
+  } else if (!IsAsciiLetter(c)) {
+    return 0;
+  } else {
+    int nFlags = 0, nRow = 0, nCol = 0;
+    if (ReadPlainAddress(ppText, &nFlags, &nRow, &nCol)) {
+      *pIsRange = 0;
+      *pFlags1 = *pFlags2 = static_cast<unsigned char>(nFlags);
+      pRange->Set(nRow, nCol, nRow, nCol);
+      return 1;
+    }
+  }
+  return ReadRangeToken(ppText, pIsRange, pFlags1, pFlags2, pRange);
+}
+
+// NextRangeToken's full reading: a whole-column span, a whole-row span, an address
+// or a range of two.
+int CFormulaParser::ReadRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
                                    unsigned char* pFlags2, TRange* pRange) {
   int nFlags1 = 0, nFlags2 = 0;
   if (ReadColumnSpan(ppText, &nFlags1, &nFlags2, pRange) ||
@@ -508,14 +717,14 @@ void CFormulaParser::Grow(std::unique_ptr<unsigned char[]>& p, int& nCap, int nN
   nCap = nNew;
 }
 
-unsigned char* CFormulaParser::Out(int nBytes) {
+inline unsigned char* CFormulaParser::Out(int nBytes) {
   if (m_nOut + nBytes > m_nOutCap) Grow(m_pOut, m_nOutCap, m_nOut + nBytes);
   unsigned char* p = m_pOut.get() + m_nOut;
   m_nOut += nBytes;
   return p;
 }
 
-unsigned char* CFormulaParser::OutAdded(int nBytes) {
+inline unsigned char* CFormulaParser::OutAdded(int nBytes) {
   if (m_nAdded + nBytes > m_nAddedCap) Grow(m_pAdded, m_nAddedCap, m_nAdded + nBytes);
   unsigned char* p = m_pAdded.get() + m_nAdded;
   m_nAdded += nBytes;
@@ -568,10 +777,14 @@ void CFormulaParser::EnsureOps() {
   struct TCache {
     TParseOp aOps[std::size(kOpDefs) + 1];
     int nOps = 0;
+    // Per ASCII first character (upper case), the operators that start with it: bit i
+    // for aOps[i]; prefix operators in the first half, the others in the second.
+    unsigned anStarts[2 * 128] = {};
     unsigned nResourceGen = ~0u;
     unsigned nLocaleGen = ~0u;
     bool bBuilt = false;
   };
+  static_assert(std::size(kOpDefs) + 1 <= 32, "one bit per operator");
   static TCache s_aCache[2];
   TCache& c = s_aCache[m_bEnglish ? 0 : 1];
   const unsigned nResGen = GetResourceGeneration();
@@ -605,12 +818,19 @@ void CFormulaParser::EnsureOps() {
     un.nLevel = 2;
     un.nKind = TParseOp::okBinary;
     un.bRefOp = true;
+    std::fill(std::begin(c.anStarts), std::end(c.anStarts), 0u);
+    for (int i = 0; i < c.nOps; i++) {
+      const TParseOp& op = c.aOps[i];
+      if (op.szText[0] >= 0x80) continue;
+      c.anStarts[(op.nKind == TParseOp::okPrefix ? 0 : 128) + op.szText[0]] |= 1u << i;
+    }
     c.nResourceGen = nResGen;
     c.nLocaleGen = nLocGen;
     c.bBuilt = true;
   }
   m_pOps = c.aOps;
   m_nOps = c.nOps;
+  m_pOpStarts = c.anStarts;
 }
 
 int CFormulaParser::Parse(const char16_t* pwszText, EFormulaType type) {
@@ -655,7 +875,73 @@ void CFormulaParser::GetParseResults(CFormulaCell* pCell) const {
 
 // ---- Lexer ----------------------------------------------------------------------
 
-void CFormulaParser::Next(bool bOperator) {
+// Compiled once for each position. The commonest tokens met without white space
+// are taken here, with only the tests that tell them, before the general path
+// (LexToken), which comes to the same reading in its own order: behind an operand
+// a separator or ")", which leave the call and extern fields alone (only the token
+// that set them reads them); as an operand a number or a word.
+template <bool bOperator>
+void CFormulaParser::NextToken() {
+  const char16_t c = *m_p;
+  if constexpr (bOperator) {
+    if (c == m_cArgSep && (m_bInArgs || m_bInArray)) {
+      m_pTokStart = m_p++;
+      m_nKind = lkSep;
+      return;
+    }
+    if (c == u')' && c != m_cArgSep) {
+      m_pTokStart = m_p++;
+      m_nKind = lkClose;
+      return;
+    }
+    if (c < 0x80 && c != u')' && c != u'}' && c != u';' &&
+        LexSingleOperator(m_pOpStarts[128 + Upper(c)]))
+      return;
+  } else {
+    const bool bDigit = IsDigit(c);
+    if (bDigit ||
+        (IsAsciiLetter(c) && c != m_cDecimal && c != m_cArgSep && m_pOpStarts[Upper(c)] == 0)) {
+      m_pFunc = nullptr;
+      m_nExternFunc = 0;
+      m_nExternSheet = -1;
+      m_pTokStart = m_p;
+      if (!bDigit) {
+        if (!LexWord()) m_nKind = lkBad;
+      } else if (!m_bInArray &&
+                 NextRangeToken(&m_p, &m_nIsRange, &m_cFlags1, &m_cFlags2, &m_Range)) {
+        m_nKind = lkRef;  // "5:5" is a whole row, not the number 5
+      } else if (!LexNumber()) {
+        m_nKind = lkBad;
+      }
+      return;
+    }
+    if (c < 0x80 && c != m_cDecimal && c != m_cArgSep && c != u')' && c != u'}' && c != u';') {
+      const unsigned nStarts = m_pOpStarts[Upper(c)];
+      if (c == u'(' && nStarts == 0) {
+        m_pTokStart = m_p++;
+        m_nKind = lkOpen;
+        return;
+      }
+      if (LexSingleOperator(nStarts)) return;
+    }
+  }
+  LexToken(bOperator);
+}
+
+// The operator of the start set nStarts when the set holds one operator of one
+// unit: nothing longer can start here, so it is what LexOperator would find.
+inline bool CFormulaParser::LexSingleOperator(unsigned nStarts) {
+  if (nStarts == 0 || (nStarts & (nStarts - 1)) != 0) return false;
+  const TParseOp& op = m_pOps[std::countr_zero(nStarts)];
+  if (op.nLen != 1) return false;
+  m_pTokStart = m_p++;
+  m_pOp = &op;
+  m_nKind = lkOp;
+  return true;
+}
+
+// Out of line, so that the short cuts above do not carry its register saves.
+void CFormulaParser::LexToken(bool bOperator) {
   m_pFunc = nullptr;
   m_nExternFunc = 0;
   m_nExternSheet = -1;
@@ -684,7 +970,9 @@ void CFormulaParser::Next(bool bOperator) {
     return;
   }
   if (c != u')' && c != u'}' && c != u';') {
-    if (LexOperator(bOperator)) return;
+    // The ASCII start table tells without a call that no operator starts here.
+    if ((c >= 0x80 || m_pOpStarts[(bOperator ? 128 : 0) + Upper(c)] != 0) && LexOperator(bOperator))
+      return;
     if (bOperator && bWhite) {
       // White space between two operands is the intersection operator.
       static const TParseOp s_Isect = [] {
@@ -759,7 +1047,52 @@ void CFormulaParser::Next(bool bOperator) {
 }
 
 bool CFormulaParser::LexNumber() {
-  // digits [decimal digits] [E [sign] digits], read as ASCII for from_chars
+  // Plain decimals (no exponent) of at most 19 digits whose digits, read as one
+  // integer, stay below 2^53, and with at most 22 digits after the decimal separator:
+  // both that integer and the power of ten are exact doubles, so their quotient is
+  // the correctly rounded value, as from_chars would give.
+  {
+    const char16_t* p = m_p;
+    unsigned long long nMantissa = 0;
+    int nIntDigits = 0, nFracDigits = 0;
+    while (IsDigit(*p)) {
+      nMantissa = nMantissa * 10 + static_cast<unsigned>(*p++ - u'0');
+      nIntDigits++;
+    }
+    const unsigned long long nIntPart = nMantissa;
+    bool bFracZero = true;
+    if (*p == m_cDecimal && (IsDigit(p[1]) || nIntDigits > 0)) {
+      p++;
+      while (IsDigit(*p)) {
+        bFracZero = bFracZero && *p == u'0';
+        nMantissa = nMantissa * 10 + static_cast<unsigned>(*p++ - u'0');
+        nFracDigits++;
+      }
+    }
+    const bool bExponent = (*p == u'E' || *p == u'e') &&
+                           (IsDigit(p[1]) || ((p[1] == u'+' || p[1] == u'-') && IsDigit(p[2])));
+    if (!bExponent && nIntDigits + nFracDigits <= 19 && nMantissa < (1ull << 53) &&
+        nFracDigits <= 22 && (nFracDigits > 0 || nIntDigits <= 15)) {
+      double r = static_cast<double>(nMantissa);
+      if (nFracDigits > 0) r /= kExactPowersOf10[nFracDigits];
+      m_p = p;
+      m_nKind = lkNumber;
+      m_rNumber = r;
+      // Whole exactly when the fraction digits are all zero: a nonzero one puts the
+      // value at least 10^-k from every integer, and with fewer than 2^53 as the digits'
+      // integer that is more than half the spacing of doubles there, so rounding
+      // cannot land on an integer either.
+      m_bIsInt = bFracZero && nIntPart <= 65535;
+      m_wInt = m_bIsInt ? static_cast<unsigned short>(nIntPart) : 0;
+      return true;
+    }
+  }
+  return LexNumberGeneral();
+}
+
+// Any number: digits [decimal digits] [E [sign] digits], read as ASCII for
+// from_chars. Out of line, so that the common case above does without its frame.
+bool CFormulaParser::LexNumberGeneral() {
   char szBuf[80];
   std::string sLong;
   const char16_t* p = m_p;
@@ -845,15 +1178,26 @@ bool CFormulaParser::LexString() {
   return true;
 }
 
-bool CFormulaParser::LexOperator(bool bOperator) {
+inline bool CFormulaParser::LexOperator(bool bOperator) {
+  // Of the operators of the wanted kind that the text starts with, the longest; of
+  // equally long ones the first.
   const TParseOp* pBest = nullptr;
   const char16_t c0 = Upper(*m_p);
-  for (int i = 0; i < m_nOps; i++) {
-    const TParseOp& op = m_pOps[i];
-    if ((op.nKind == TParseOp::okPrefix) == bOperator) continue;
-    if (op.szText[0] != c0) continue;
-    if (pBest && op.nLen <= pBest->nLen) continue;
-    if (EqualNoCase(m_p, op.szText, op.nLen)) pBest = &op;
+  if (*m_p < 0x80) {
+    for (unsigned nSet = m_pOpStarts[(bOperator ? 128 : 0) + c0]; nSet != 0; nSet &= nSet - 1) {
+      const TParseOp& op = m_pOps[std::countr_zero(nSet)];
+      if (pBest && op.nLen <= pBest->nLen) continue;
+      if (EqualNoCase(m_p, op.szText, op.nLen)) pBest = &op;
+    }
+  } else {
+    // A unit from 0x80 on may upper-case onto an ASCII operator text.
+    for (int i = 0; i < m_nOps; i++) {
+      const TParseOp& op = m_pOps[i];
+      if ((op.nKind == TParseOp::okPrefix) == bOperator) continue;
+      if (op.szText[0] != c0) continue;
+      if (pBest && op.nLen <= pBest->nLen) continue;
+      if (EqualNoCase(m_p, op.szText, op.nLen)) pBest = &op;
+    }
   }
   if (!pBest) return false;
   m_p += pBest->nLen;
@@ -876,10 +1220,14 @@ bool CFormulaParser::LexErrorLiteral() {
 
 bool CFormulaParser::LexWord() {
   const char16_t* p = m_p;
+  // Where the search for a prefix's "!" may start: no function-name character ends a
+  // prefix, so the run that step 1 reads need not be read again.
+  const char16_t* pPrefixScan = p;
   // 1. function name followed by "("
   if (IsNameStart(*p) && *p != u'\\') {
     const char16_t* q = p + 1;
     while (IsFuncChar(*q)) q++;
+    pPrefixScan = q;
     const char16_t* r = q;
     while (IsWhite(*r)) r++;
     if (*r == u'(') {
@@ -920,7 +1268,7 @@ bool CFormulaParser::LexWord() {
   }
   // 2. unquoted sheet or book prefix up to "!"
   {
-    const char16_t* q = p;
+    const char16_t* q = pPrefixScan;
     while (!EndsPrefix(*q)) q++;
     if (*q == u'!' && q != p) {
       m_sScratch.assign(p, q);
@@ -1034,7 +1382,7 @@ bool CFormulaParser::LexPrefixed(const char16_t* pAfter) {
 
 // ---- Parser ---------------------------------------------------------------------
 
-void CFormulaParser::FixOperand(const TOperand& op, unsigned char cWant) {
+inline void CFormulaParser::FixOperand(const TOperand& op, unsigned char cWant) {
   if (op.nPos < 0 || !op.cNatural) return;
   unsigned char cClass;
   if (cWant == kClassRef)
@@ -1072,6 +1420,59 @@ void CFormulaParser::ForceArrayClass(int nStart) {
   }
 }
 
+// A number or reference as the current token stands, then the token behind it.
+inline CFormulaParser::TOperand CFormulaParser::EmitOperand() {
+  TOperand x;
+  if (m_nKind == lkNumber) {
+    x.nPos = m_nOut;
+    TPostfixPtr p(Out(m_bIsInt ? 3 : 9));
+    if (m_bIsInt) {
+      p.Put(tInt);
+      p.Put(m_wInt);
+    } else {
+      p.Put(tNum);
+      p.Put(m_rNumber);
+    }
+    Next(true);
+    return x;
+  }
+  const bool bArea = m_nIsRange != 0;
+  int nExtern = m_nExternSheet;
+  if (nExtern < 0 && m_bForce3d) {
+    nExtern = FindOwnExternSheet(GetFormulaSheetIndex());
+    if (nExtern < 0) {
+      SetError(perUnexpected);
+      return x;
+    }
+  }
+  unsigned char cBase;
+  const bool bRel = !(m_cFlags1 & kAbsCol) || !(m_cFlags1 & kAbsRow) ||
+                    (bArea && (!(m_cFlags2 & kAbsCol) || !(m_cFlags2 & kAbsRow)));
+  if (nExtern >= 0)
+    cBase = bArea ? tArea3d : tRef3d;
+  else if (m_bRelRCIsOffset && bRel)
+    cBase = bArea ? tAreaN : tRefN;
+  else
+    cBase = bArea ? tArea : tRef;
+  x.nPos = m_nOut;
+  x.cNatural = kClassRef;
+  if (cBase == tRef && !m_bRelRCIsOffset) {
+    // The commonest reference, one cell of this sheet as it stands: what
+    // PutRef writes for it.
+    unsigned w = static_cast<unsigned>(m_Range.Col1()) & 0xFF;
+    if (!(m_cFlags1 & kAbsCol)) w |= kColRelative;
+    if (!(m_cFlags1 & kAbsRow)) w |= kRowRelative;
+    TPostfixPtr q(Out(5));
+    q.Put(static_cast<unsigned char>(tRef));
+    q.PutRowNr(m_Range.Row1());
+    q.PutColNr(static_cast<int>(w));
+  } else {
+    PutRef(cBase, nExtern);
+  }
+  Next(true);
+  return x;
+}
+
 CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
   TOperand left;
   if (++m_nDepth > kMaxDepth) {
@@ -1088,9 +1489,23 @@ CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
       left.nPos = m_nOut;
       *Out(1) = pOp->cToken;
     }
+  } else if (m_nKind == lkNumber || m_nKind == lkRef) {
+    left = EmitOperand();
+  } else if (m_nKind == lkFunc) {
+    // Here rather than in ParseElement: one call frame less for every level of
+    // nested calls.
+    left = ParseFunc();
   } else {
     left = ParseElement();
   }
+  if (!m_nError && m_nKind == lkOp) left = ParseOperators(left, nMaxLevel);
+  m_nDepth--;
+  return left;
+}
+
+// The operators behind the operand left that bind at nMaxLevel or tighter, with
+// their right operands.
+CFormulaParser::TOperand CFormulaParser::ParseOperators(TOperand left, int nMaxLevel) {
   while (!m_nError && m_nKind == lkOp) {
     const TParseOp* pOp = m_pOp;
     if (pOp->nLevel > nMaxLevel) break;
@@ -1113,7 +1528,6 @@ CFormulaParser::TOperand CFormulaParser::ParseExpr(int nMaxLevel) {
     left.bRefOp = pOp->bRefOp;
     *Out(1) = pOp->cToken;
   }
-  m_nDepth--;
   return left;
 }
 
@@ -1147,22 +1561,11 @@ void CFormulaParser::PutRef(unsigned char cBase, int nExternSheet) {
   }
 }
 
+// The elements ParseExpr leaves to this: strings, constants, names, brackets and
+// arrays, and whatever is no element.
 CFormulaParser::TOperand CFormulaParser::ParseElement() {
   TOperand res;
   switch (m_nKind) {
-    case lkNumber: {
-      res.nPos = m_nOut;
-      TPostfixPtr p(Out(m_bIsInt ? 3 : 9));
-      if (m_bIsInt) {
-        p.Put(tInt);
-        p.Put(m_wInt);
-      } else {
-        p.Put(tNum);
-        p.Put(m_rNumber);
-      }
-      Next(true);
-      return res;
-    }
     case lkString: {
       res.nPos = m_nOut;
       TPostfixPtr p(Out(2 + 2 * m_nStrLen));
@@ -1178,31 +1581,6 @@ CFormulaParser::TOperand CFormulaParser::ParseElement() {
       unsigned char* p = Out(2);
       p[0] = m_nKind == lkBool ? tBool : tErr;
       p[1] = m_nKind == lkBool ? (m_bBool ? 1 : 0) : m_cErr;
-      Next(true);
-      return res;
-    }
-    case lkRef: {
-      const bool bArea = m_nIsRange != 0;
-      int nExtern = m_nExternSheet;
-      if (nExtern < 0 && m_bForce3d) {
-        nExtern = FindOwnExternSheet(GetFormulaSheetIndex());
-        if (nExtern < 0) {
-          SetError(perUnexpected);
-          return res;
-        }
-      }
-      unsigned char cBase;
-      const bool bRel = !(m_cFlags1 & kAbsCol) || !(m_cFlags1 & kAbsRow) ||
-                        (bArea && (!(m_cFlags2 & kAbsCol) || !(m_cFlags2 & kAbsRow)));
-      if (nExtern >= 0)
-        cBase = bArea ? tArea3d : tRef3d;
-      else if (m_bRelRCIsOffset && bRel)
-        cBase = bArea ? tAreaN : tRefN;
-      else
-        cBase = bArea ? tArea : tRef;
-      res.nPos = m_nOut;
-      res.cNatural = kClassRef;
-      PutRef(cBase, nExtern);
       Next(true);
       return res;
     }
@@ -1236,8 +1614,6 @@ CFormulaParser::TOperand CFormulaParser::ParseElement() {
     }
     case lkArrOpen:
       return ParseArray();
-    case lkFunc:
-      return ParseFunc();
     default:
       SetError(perUnexpected);
       return res;
@@ -1385,7 +1761,17 @@ CFormulaParser::TOperand CFormulaParser::ParseFunc() {
       if (bLastEmpty) {
         *Out(1) = tMissArg;
       } else {
-        TOperand x = ParseExpr(kTopLevel);
+        TOperand x;
+        if ((m_nKind == lkNumber || m_nKind == lkRef) && m_nDepth < kMaxDepth) {
+          // What ParseExpr does for an argument that starts with a number or a
+          // reference, at the same depth, without a call frame of its own.
+          m_nDepth++;
+          x = EmitOperand();
+          if (!m_nError && m_nKind == lkOp) x = ParseOperators(x, kTopLevel);
+          m_nDepth--;
+        } else {
+          x = ParseExpr(kTopLevel);
+        }
         if (m_nError) break;
         const int nClass = pFunc->GetArgClass(f.nArgs);
         const unsigned char cWant = nClass == 1   ? kClassRef

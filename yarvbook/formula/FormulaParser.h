@@ -204,10 +204,16 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   void SetError(int nError) { SetError(nError, m_pTokStart); }
 
   // ---- lexer ----
-  void Next(bool bOperator);
+  // Reads the next token; bOperator: where an operator may stand (after an operand).
+  void Next(bool bOperator) { bOperator ? NextToken<true>() : NextToken<false>(); }
+  template <bool bOperator>
+  void NextToken();
+  void LexToken(bool bOperator);
   bool LexNumber();
+  bool LexNumberGeneral();
   bool LexString();
-  bool LexOperator(bool bOperator);
+  inline bool LexOperator(bool bOperator);
+  inline bool LexSingleOperator(unsigned nStarts);
   bool LexWord();
   bool LexPrefixed(const char16_t* pAfter);
   bool LexErrorLiteral();
@@ -215,21 +221,25 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
 
   // ---- parser ----
   TOperand ParseExpr(int nMaxLevel);
+  TOperand ParseOperators(TOperand left, int nMaxLevel);
+  inline TOperand EmitOperand();
   TOperand ParseElement();
   TOperand ParseFunc();
   TOperand ParseArray();
   bool ParseArrayItem();
-  void FixOperand(const TOperand& op, unsigned char cWant);
+  inline void FixOperand(const TOperand& op, unsigned char cWant);
   // Turns the value-class operands written from nStart on into array class: an
   // expression whose result is wanted as an array computes its operators element-wise.
   void ForceArrayClass(int nStart);
   void InsertMemToken(int nStart, int nAddedStart);
   void PatchAttrs(const TFrame& frame, int nFuncEnd);
   void PutRef(unsigned char cBase, int nExternSheet);
+  int ReadRangeToken(const char16_t** ppText, int* pIsRange, unsigned char* pFlags1,
+                     unsigned char* pFlags2, TRange* pRange);
 
   // ---- output ----
-  unsigned char* Out(int nBytes);
-  unsigned char* OutAdded(int nBytes);
+  inline unsigned char* Out(int nBytes);
+  inline unsigned char* OutAdded(int nBytes);
   void Insert(int nPos, int nBytes);
   void InsertAdded(int nPos, int nBytes);
   void Grow(std::unique_ptr<unsigned char[]>& p, int& nCap, int nNeed);
@@ -289,5 +299,7 @@ class YARVBOOK_API CFormulaParser : public CFormulaIterator {
   // resources or the locale change.
   const TParseOp* m_pOps = nullptr;
   int m_nOps = 0;
+  // Per ASCII first character, the operators starting with it (see EnsureOps).
+  const unsigned* m_pOpStarts = nullptr;
   TParseFunc m_ExternFunc;  // descriptor of the external call being lexed
 };
