@@ -352,7 +352,8 @@ class YARVBOOK_API TValue {
 
 // Inline: every evaluator step clears values, and most hold nothing to free.
 inline void TValue::Clear(TValType vt) {
-  if (m_vt == vtText || m_vt == vtRegion || m_vt == vtArray) ReleasePayload();
+  constexpr unsigned kOwning = 1u << vtText | 1u << vtRegion | 1u << vtArray;
+  if ((1u << m_vt) & kOwning) ReleasePayload();
   m_u = {};
   m_wSheet1 = m_wSheet2 = 0;
   m_vt = vt;
