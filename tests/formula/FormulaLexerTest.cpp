@@ -25,22 +25,6 @@ namespace {
 
 using FB = CFormulaBase;
 
-std::u16string U(const std::string& s) {
-  std::u16string w;
-  for (unsigned char c : s) w.push_back(c);
-  return w;
-}
-
-std::string Hex(const unsigned char* p, int n) {
-  std::string s;
-  char sz[4];
-  for (int i = 0; i < n; i++) {
-    std::snprintf(sz, sizeof sz, i ? " %02X" : "%02X", p[i]);
-    s += sz;
-  }
-  return s;
-}
-
 std::string Tokens(CFormulaParser& parser, const std::u16string& text) {
   if (parser.Parse(text.c_str(), FB::ftCell) != 0)
     return "error " + std::to_string(parser.GetError()) + " at " +

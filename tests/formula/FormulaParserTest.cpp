@@ -15,22 +15,6 @@ namespace {
 
 using FB = CFormulaBase;
 
-std::u16string U(const char* psz) {
-  std::u16string s;
-  while (*psz) s.push_back(static_cast<unsigned char>(*psz++));
-  return s;
-}
-
-std::string Hex(const unsigned char* p, int n) {
-  std::string s;
-  char sz[4];
-  for (int i = 0; i < n; i++) {
-    std::snprintf(sz, sizeof sz, i ? " %02X" : "%02X", p[i]);
-    s += sz;
-  }
-  return s;
-}
-
 // Tokens of a successful parse, with the volatile prefix when there is one.
 std::string Tokens(CFormulaParser& parser, const std::u16string& text,
                    FB::EFormulaType type = FB::ftCell) {

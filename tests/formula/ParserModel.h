@@ -3,7 +3,29 @@
 // so that byte tests do not move when the engine's function table does.
 #pragma once
 
+#include <cstdio>
+#include <string>
+#include <string_view>
+
 #include "FormulaModel.h"  // beside this header: the fuzz targets include it too
+
+// Latin-1 text as 16-bit units.
+inline std::u16string U(std::string_view s) {
+  std::u16string w;
+  for (unsigned char c : s) w.push_back(c);
+  return w;
+}
+
+// Bytes in hex, space-separated.
+inline std::string Hex(const unsigned char* p, int n) {
+  std::string s;
+  char sz[4];
+  for (int i = 0; i < n; i++) {
+    std::snprintf(sz, sizeof sz, i ? " %02X" : "%02X", p[i]);
+    s += sz;
+  }
+  return s;
+}
 
 // Function descriptors the tests rely on. Classes: 1 reference, 2 value.
 inline const TParseFunc kModelFuncs[] = {
